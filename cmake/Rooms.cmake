@@ -1,0 +1,24 @@
+include(Ccache)
+
+# A room is a folder of sources that forms one library. Its floor says what it may include: files of
+# its own floor and of those below (see cmake/Floors.cmake).
+#
+#   meta_room(<target> SOURCES <files> HEADERS <files> LINKS <targets>)
+#
+# The headers are compiled alone by the target all_verify_interface_header_sets.
+function(meta_room target)
+    cmake_parse_arguments(PARSE_ARGV 1 ROOM "" "" "SOURCES;HEADERS;LINKS")
+    add_library(${target} STATIC ${ROOM_SOURCES})
+    target_sources(${target} PUBLIC
+        FILE_SET HEADERS BASE_DIRS ${CMAKE_CURRENT_SOURCE_DIR} FILES ${ROOM_HEADERS})
+    set_target_properties(${target} PROPERTIES VERIFY_INTERFACE_HEADER_SETS ON)
+    target_include_directories(${target} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+    target_link_libraries(${target} PUBLIC ${ROOM_LINKS})
+    meta_harden(${target})
+endfunction()
+
+# Applies the project's warnings and the chosen sanitizers.
+function(meta_harden target)
+    meta_warnings(${target})
+    meta_sanitize(${target})
+endfunction()

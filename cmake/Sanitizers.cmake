@@ -1,0 +1,13 @@
+# meta_sanitize(<target>): builds and links the target with the sanitizers named in META_SANITIZE.
+# With META_FUZZ it is also instrumented for libFuzzer, so that the fuzzer sees which paths it took.
+function(meta_sanitize target)
+    if(META_SANITIZE)
+        target_compile_options(${target} PRIVATE
+            -fsanitize=${META_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
+        target_link_options(${target} PUBLIC -fsanitize=${META_SANITIZE})
+    endif()
+    if(META_FUZZ)
+        target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+        target_link_options(${target} PUBLIC -fsanitize=fuzzer-no-link)
+    endif()
+endfunction()
