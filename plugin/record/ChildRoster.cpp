@@ -1,0 +1,46 @@
+#include "ChildRoster.h"
+
+#include "ChildKeys.h"
+
+namespace meta {
+
+ChildRoster::~ChildRoster()
+{
+    m_children.setAutoDelete(true);
+}
+
+void ChildRoster::add(Effect *child)
+{
+    m_children.inSort(child);
+    const quint32 eid = keys::eid.read(*child);
+    if (eid >= m_nextEid)
+        m_nextEid = eid + 1;
+}
+
+void ChildRoster::remove(const Effect *child)
+{
+    m_children.remove(child);
+    m_selection.remove(child);
+}
+
+Effect *ChildRoster::find(quint32 eid) const
+{
+    const EffectList children = m_children;
+    for (Effect *child : children) {
+        if (keys::eid.read(*child) == eid)
+            return child;
+    }
+    return nullptr;
+}
+
+EidIndex::EidIndex(const EffectList &children)
+{
+    m_first.reserve(children.count());
+    for (Effect *child : children) {
+        const quint32 eid = keys::eid.read(*child);
+        if (!m_first.contains(eid))
+            m_first.insert(eid, child);
+    }
+}
+
+} // namespace meta

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "EffectList.h"
+
+#include <QHash>
+#include <QString>
+
+class Effect;
+
+namespace meta {
+
+/// Children found by their eid. One dictionary serves the marks of a resolution pass and, between
+/// passes, the memory of the link test; each empties it before it starts.
+using ChildrenByEid = QHash<quint32, Effect *>;
+
+/// The children of one meta effect, which of them are selected, and the numbers for the next one.
+/// The children are owned from the roster's destruction on: it deletes them.
+class ChildRoster
+{
+public:
+    ChildRoster() = default;
+    ~ChildRoster();
+    Q_DISABLE_COPY_MOVE(ChildRoster)
+
+    /// In the host's order.
+    const EffectList &children() const { return m_children; }
+    EffectList &selection() { return m_selection; }
+
+    /// Takes the child in at its place and raises the next eid past the child's. An eid of 4294967295
+    /// makes the next one 0.
+    void add(Effect *child);
+    /// Forgets the child, selected or not; it is the caller's then.
+    void remove(const Effect *child);
+    void sort() { m_children.sort(); }
+
+    /// The first child, in list order, with that eid; null if there is none.
+    Effect *find(quint32 eid) const;
+
+    quint32 nextEid() const { return m_nextEid; }
+    /// The number for the next new child's name.
+    quint32 takeNameNumber() { return m_nextNameNumber++; }
+    void restartNameNumbers() { m_nextNameNumber = static_cast<quint32>(m_children.count()) + 1; }
+
+private:
+    EffectList m_children;
+    EffectList m_selection;
+    quint32 m_nextEid = 0;
+    quint32 m_nextNameNumber = 1;
+};
+
+/// Finds the first child, in list order, by eid, from the eids as they are when the index is made.
+class EidIndex
+{
+public:
+    explicit EidIndex(const EffectList &children);
+
+    /// Null if there is none.
+    Effect *find(quint32 eid) const { return m_first.value(eid); }
+
+private:
+    ChildrenByEid m_first;
+};
+
+} // namespace meta
