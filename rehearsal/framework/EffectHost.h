@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Effect.h"
+#include "PropertyStore.h"
+
+#include <functional>
+#include <vector>
+
+/// The host's own access to an effect: what no plug-in sees.
+class EffectHost
+{
+public:
+    using Observer = std::function<void(const QString &key, const QString &text)>;
+
+    /// Every property in order of arrival, as it would be saved.
+    static std::vector<rehearsal::PropertyStore::Property> properties(const Effect &effect);
+
+    /// Declares an editable unsigned property kept in `*bound`; not owned, lives as long as the
+    /// effect.
+    static void addPropertyULong(Effect &effect, const QString &key, quint32 defaultValue,
+                                 quint32 *bound);
+
+    /// Whether the effect takes nested effects.
+    static bool holdsEffects(const Effect &effect);
+    static int level(const Effect &effect);
+
+    /// Called after every real change of a property; one observer an effect, an empty one removes it.
+    static void setObserver(Effect &effect, Observer observer);
+
+    /// Saves the effect as this text for as long as none of its properties is changed.
+    static void setVerbatim(Effect &effect, const QString &text);
+};
