@@ -96,7 +96,6 @@ void FrameRenderer::lendPriority(Effect &child, std::size_t position, const Fram
     if (texts.own != own || texts.ownText.isNull()) {
         texts.own = own;
         texts.ownText = QString::number(own);
-        texts.raisedText = QString();
     }
     if (texts.raised != raised || texts.raisedText.isNull()) {
         texts.raised = raised;

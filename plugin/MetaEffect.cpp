@@ -191,9 +191,7 @@ void MetaEffect::cutEffect(QTextStream &stream)
 
 void MetaEffect::pasteEffect(QString &text)
 {
-    if (!m_effectLib)
-        return;
-    const QStringList pieces = transfer::pieces(text);
+    const QStringList pieces = m_effectLib ? transfer::pieces(text) : QStringList();
     for (const QString &piece : pieces) {
         Effect *child = m_effectLib->createEffect(piece);
         if (!child)

@@ -59,16 +59,16 @@ bool LinkLegality::examine(Effect *edited, Effect *candidate, const EidIndex &in
     };
     const quint32 eid = keys::eid.read(*edited);
     std::vector<Visit> visits;
-    QSet<const Effect *> underWay;
+    QSet<const Effect *> entered;
 
     // False when the target is refused at once.
     const auto enter = [&](Effect *target) {
         if (target == edited || (refused.contains(target) && !m_memory.contains(eid)))
             return false;
         // Below itself a child is not entered again, and says nothing against the link.
-        if (!m_memory.contains(eid) && !underWay.contains(target)) {
+        if (!m_memory.contains(eid) && !entered.contains(target)) {
             visits.push_back({target});
-            underWay.insert(target);
+            entered.insert(target);
         }
         return true;
     };
@@ -86,11 +86,10 @@ bool LinkLegality::examine(Effect *edited, Effect *candidate, const EidIndex &in
                 isLegal = enter(target);
         } else {
             m_memory.insert(eid, edited);
-            underWay.remove(visit.child);
             visits.pop_back();
         }
     }
-    if (!isLegal && !m_memory.contains(eid)) {
+    if (!isLegal) {
         for (const Visit &visit : visits)
             refused.insert(visit.child);
     }

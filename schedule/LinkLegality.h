@@ -30,7 +30,8 @@ public:
     EffectList legalTargets(Effect *edited);
 
 private:
-    /// Candidates that were refused, not counting on the memory; valid within one series.
+    /// Children below which the edited child was met. Valid within one series, for as long as the
+    /// edited child is not in the memory.
     using Refused = QSet<const Effect *>;
 
     bool examine(Effect *edited, Effect *candidate, const EidIndex &index, Refused &refused);

@@ -48,7 +48,8 @@ public:
     /// The time as it is shown: seconds in at most six significant digits, "1.5".
     QString secondsText() const;
 
-    friend constexpr auto operator<=>(Millis, Millis) = default;
+    friend constexpr bool operator==(Millis, Millis) = default;
+    friend constexpr auto operator<=>(Millis a, Millis b) { return a.m_ms <=> b.m_ms; }
 
 private:
     quint32 m_ms = 0;

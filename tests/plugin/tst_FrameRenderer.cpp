@@ -1,66 +1,7 @@
-#include "EditorView.h"
-#include "FrameRenderer.h"
-#include "StageMap.h"
-#include "StubEffect.h"
+#include "FramePlaying.h"
 
 #include <QRegularExpression>
 #include <QTest>
-
-#include <cmath>
-#include <limits>
-#include <utility>
-
-namespace {
-
-class FakeEditor final : public meta::EditorView
-{
-public:
-    void showPlayState(quint32 eid, bool running) override { shown.append({eid, running}); }
-
-    QList<std::pair<quint32, bool>> shown;
-};
-
-using Shown = QList<std::pair<quint32, bool>>;
-
-/// A parent whose clock was started at `start`, and what plays its children.
-class Playing
-{
-public:
-    explicit Playing(QTime start = QTime(12, 0)) : m_start(start) { parent.setStartTime(start); }
-
-    StubEffect *add(quint32 eid, quint32 begin, quint32 end)
-    {
-        auto *child = new StubEffect(&map, eid);
-        child->with("begin", begin).with("end", end);
-        roster.add(child);
-        return child;
-    }
-
-    /// The frame `ms` after the first start of the parent's clock.
-    void frameAt(quint32 ms)
-    {
-        settings.time = m_start.addMSecs(static_cast<int>(ms));
-        map.clock().beginFrame(settings.time);
-        parent.updateLights(settings.time, settings.arg);
-        renderer.render(parent, settings, lights, editor);
-        map.clock().endFrame();
-    }
-
-    quint32 now() const { return static_cast<quint32>(parent.getTotalElapsedTime()); }
-
-    rehearsal::StageMap map;
-    StubEffect parent{&map};
-    meta::ChildRoster roster;
-    meta::FrameRenderer renderer{roster};
-    meta::FrameRenderer::Frame settings{{}, 77, 0.0, 0, false, 1.0};
-    std::vector<Light *> lights;
-    FakeEditor *editor = nullptr;
-
-private:
-    QTime m_start;
-};
-
-} // namespace
 
 class tst_FrameRenderer : public QObject
 {
@@ -88,26 +29,6 @@ private slots:
     void endOfZeroRestartsInEveryFrame();
     void restartGivesEveryChildTheFrameTimeAsStart();
     void loopGoesOnAcrossMidnight();
-
-    void transparencyFollowsTheFades_data();
-    void transparencyFollowsTheFades();
-    void transparencyFollowsTheParents();
-    void stoppedChildKeepsItsTransparency();
-
-    void priorityIsLentForTheFrame_data();
-    void priorityIsLentForTheFrame();
-    void priorityLentFollowsTheParents();
-    void childThatChangesItsPriorityWhileDrawingGetsItsOwnBack_data();
-    void childThatChangesItsPriorityWhileDrawingGetsItsOwnBack();
-    void stoppedChildIsHandedTheFrameToo();
-    void childrenDrawInListOrder();
-
-    void lightsTakeThePriorityOfATransparentParent_data();
-    void lightsTakeThePriorityOfATransparentParent();
-    void lightsTakeTheBrightnessBelowOne_data();
-    void lightsTakeTheBrightnessBelowOne();
-    void lightsAreSetAfterTheChildrenDrew();
-    void missingLightsAreSkipped();
 
     void editorIsToldOfTransitionsOnly();
     void editorIsNotToldOfALoopThatStopsNobody();
@@ -154,7 +75,7 @@ void tst_FrameRenderer::childRunsFromItsBeginUpToButNotAtItsEnd()
     QFETCH(quint32, end);
     QFETCH(quint32, now);
     QFETCH(bool, runs);
-    Playing playing;
+    FramePlaying playing;
     StubEffect *child = playing.add(1, begin, end);
 
     playing.frameAt(now);
@@ -166,7 +87,7 @@ void tst_FrameRenderer::childRunsFromItsBeginUpToButNotAtItsEnd()
 
 void tst_FrameRenderer::childOutsideItsSpanIsStopped()
 {
-    Playing playing;
+    FramePlaying playing;
     StubEffect *early = playing.add(1, 0, 500);
     StubEffect *late = playing.add(2, 2000, 3000);
     early->setState(true);
@@ -201,7 +122,7 @@ void tst_FrameRenderer::lateFrameStartsTheChildAtItsBegin()
     QFETCH(QTime, start);
     QFETCH(quint32, now);
     QFETCH(quint32, elapsed);
-    Playing playing(start);
+    FramePlaying playing(start);
     StubEffect *child = playing.add(1, 1000, 2000);
     quint32 seen = 0;
     child->whileDrawing = [&seen](StubEffect &drawn) {
@@ -216,7 +137,7 @@ void tst_FrameRenderer::lateFrameStartsTheChildAtItsBegin()
 
 void tst_FrameRenderer::runningChildKeepsItsStart()
 {
-    Playing playing;
+    FramePlaying playing;
     StubEffect *child = playing.add(1, 1000, 2000);
     playing.frameAt(1250);
     child->with("begin", 500);
@@ -228,7 +149,7 @@ void tst_FrameRenderer::runningChildKeepsItsStart()
 
 void tst_FrameRenderer::childEnteringItsSpanAgainStartsAnew()
 {
-    Playing playing;
+    FramePlaying playing;
     StubEffect *child = playing.add(1, 1000, 2000);
     playing.frameAt(1500);
     playing.frameAt(2500);
@@ -245,7 +166,7 @@ void tst_FrameRenderer::childEnteringItsSpanAgainStartsAnew()
 
 void tst_FrameRenderer::firstFrameDoesNotRestart()
 {
-    Playing playing;
+    FramePlaying playing;
     playing.settings.loop = true;
     playing.parent.with("end", 1000);
 
@@ -264,7 +185,7 @@ void tst_FrameRenderer::requestedRestartComesWithTheNextFrameOnly_data()
 void tst_FrameRenderer::requestedRestartComesWithTheNextFrameOnly()
 {
     QFETCH(bool, loop);
-    Playing playing;
+    FramePlaying playing;
     playing.settings.loop = loop;
     playing.parent.with("end", 1000);
     playing.frameAt(700);
@@ -298,7 +219,7 @@ void tst_FrameRenderer::loopRestartsOnceTheEndIsReached()
     QFETCH(bool, loop);
     QFETCH(quint32, elapsed);
     QFETCH(quint32, now);
-    Playing playing;
+    FramePlaying playing;
     playing.settings.loop = loop;
     playing.parent.with("end", 1000);
     StubEffect *child = playing.add(1, 0, 1000);
@@ -311,7 +232,7 @@ void tst_FrameRenderer::loopRestartsOnceTheEndIsReached()
 
 void tst_FrameRenderer::requestAndReachedEndAreOneRestart()
 {
-    Playing playing;
+    FramePlaying playing;
     playing.settings.loop = true;
     playing.parent.with("end", 1000);
     playing.renderer.requestRestart();
@@ -333,7 +254,7 @@ void tst_FrameRenderer::endOfZeroRestartsInEveryFrame_data()
 void tst_FrameRenderer::endOfZeroRestartsInEveryFrame()
 {
     QFETCH(QString, end);
-    Playing playing;
+    FramePlaying playing;
     playing.settings.loop = true;
     playing.parent.with("end", end);
     StubEffect *child = playing.add(1, 0, 1000);
@@ -348,7 +269,7 @@ void tst_FrameRenderer::endOfZeroRestartsInEveryFrame()
 
 void tst_FrameRenderer::restartGivesEveryChildTheFrameTimeAsStart()
 {
-    Playing playing;
+    FramePlaying playing;
     StubEffect *running = playing.add(1, 0, 1000);
     StubEffect *over = playing.add(2, 0, 100);
     StubEffect *coming = playing.add(3, 400, 1000);
@@ -366,7 +287,7 @@ void tst_FrameRenderer::restartGivesEveryChildTheFrameTimeAsStart()
 
 void tst_FrameRenderer::loopGoesOnAcrossMidnight()
 {
-    Playing playing(QTime(23, 59, 59, 300));
+    FramePlaying playing(QTime(23, 59, 59, 300));
     playing.settings.loop = true;
     playing.parent.with("end", 1000);
     StubEffect *child = playing.add(1, 500, 900);
@@ -385,346 +306,11 @@ void tst_FrameRenderer::loopGoesOnAcrossMidnight()
     QCOMPARE(child->getTotalElapsedTime(), 50ul);
 }
 
-// --- Transparency ---
-
-void tst_FrameRenderer::transparencyFollowsTheFades_data()
-{
-    QTest::addColumn<double>("parents");
-    QTest::addColumn<quint32>("end");
-    QTest::addColumn<quint32>("fadeIn");
-    QTest::addColumn<quint32>("fadeOut");
-    QTest::addColumn<quint32>("sinceBegin");
-    QTest::addColumn<QString>("text");
-    constexpr quint32 largest = 4294967295u;
-
-    // Children begin at 1000.
-    QTest::newRow("no fades, at the begin") << 0.2 << 9000u << 0u << 0u << 0u << "0.2";
-    QTest::newRow("no fades, last ms") << 0.2 << 9000u << 0u << 0u << 7999u << "0.2";
-    QTest::newRow("three digits") << 1.0 / 3.0 << 9000u << 0u << 0u << 0u << "0.333";
-    QTest::newRow("small") << 0.000012345 << 9000u << 0u << 0u << 0u << "1.23e-05";
-    QTest::newRow("opaque") << 0.0 << 9000u << 0u << 0u << 0u << "0";
-    QTest::newRow("invisible") << 1.0 << 9000u << 0u << 0u << 0u << "1";
-
-    QTest::newRow("fading in, at the begin") << 0.2 << 9000u << 1000u << 0u << 0u << "1";
-    QTest::newRow("fading in, half") << 0.2 << 9000u << 1000u << 0u << 500u << "0.6";
-    QTest::newRow("fading in, last ms") << 0.2 << 9000u << 1000u << 0u << 999u << "0.201";
-    QTest::newRow("faded in") << 0.2 << 9000u << 1000u << 0u << 1000u << "0.2";
-    QTest::newRow("fading in, a third") << 0.0 << 9000u << 3000u << 0u << 1000u << "0.667";
-    QTest::newRow("fading in, invisible parent") << 1.0 << 9000u << 1000u << 0u << 500u << "1";
-    QTest::newRow("fade of 1 ms, at the begin") << 0.2 << 9000u << 1u << 0u << 0u << "1";
-    QTest::newRow("fade of 1 ms, behind it") << 0.2 << 9000u << 1u << 0u << 1u << "0.2";
-    QTest::newRow("longest fade in") << 0.0 << largest << largest << 0u << 42949673u << "0.99";
-
-    QTest::newRow("not yet fading out") << 0.2 << 9000u << 0u << 1000u << 7000u << "0.2";
-    QTest::newRow("fading out, first ms") << 0.2 << 9000u << 0u << 1000u << 7001u << "0.201";
-    QTest::newRow("fading out, half") << 0.2 << 9000u << 0u << 1000u << 7500u << "0.6";
-    QTest::newRow("fading out, last ms") << 0.2 << 9000u << 0u << 1000u << 7999u << "0.999";
-    QTest::newRow("longest fade out") << 0.2 << largest << 0u << largest << 43199000u << "0.208";
-
-    QTest::newRow("overlap, before it") << 0.2 << 2500u << 1000u << 1000u << 500u << "0.6";
-    QTest::newRow("overlap, fade out wins") << 0.2 << 2500u << 1000u << 1000u << 501u << "0.201";
-    QTest::newRow("overlap, in over") << 0.2 << 2500u << 1000u << 1000u << 1000u << "0.6";
-    QTest::newRow("fades longer than the span") << 0.0 << 2000u << 4000u << 4000u << 200u << "0.8";
-}
-
-void tst_FrameRenderer::transparencyFollowsTheFades()
-{
-    QFETCH(double, parents);
-    QFETCH(quint32, end);
-    QFETCH(quint32, fadeIn);
-    QFETCH(quint32, fadeOut);
-    QFETCH(quint32, sinceBegin);
-    QFETCH(QString, text);
-    Playing playing;
-    playing.settings.transparency = parents;
-    StubEffect *child = playing.add(1, 1000, end);
-    child->with("fadein", fadeIn).with("fadeout", fadeOut).with("transparency", QStringLiteral("?"));
-    QString seen;
-    child->whileDrawing = [&seen](StubEffect &drawn) { seen = drawn.text("transparency"); };
-
-    playing.frameAt(1000 + sinceBegin);
-
-    QCOMPARE(seen, text);
-    QCOMPARE(child->text("transparency"), text);
-}
-
-void tst_FrameRenderer::transparencyFollowsTheParents()
-{
-    Playing playing;
-    StubEffect *child = playing.add(1, 0, 10000);
-    const double steps[] = {0.0, 0.5, 0.5, 0.125, 0.0};
-    const QStringList expected{"0", "0.5", "0.5", "0.125", "0"};
-    QStringList texts;
-    quint32 now = 0;
-    for (const double step : steps) {
-        playing.settings.transparency = step;
-        playing.frameAt(now += 10);
-        texts.append(child->text("transparency"));
-    }
-    QCOMPARE(texts, expected);
-}
-
-void tst_FrameRenderer::stoppedChildKeepsItsTransparency()
-{
-    Playing playing;
-    playing.settings.transparency = 0.5;
-    StubEffect *child = playing.add(1, 1000, 2000);
-    child->with("transparency", QStringLiteral("0.25"));
-
-    playing.frameAt(500);
-
-    QCOMPARE(child->text("transparency"), QStringLiteral("0.25"));
-}
-
-// --- Priority ---
-
-void tst_FrameRenderer::priorityIsLentForTheFrame_data()
-{
-    QTest::addColumn<QString>("own");
-    QTest::addColumn<int>("parents");
-    QTest::addColumn<QString>("raised");
-    QTest::addColumn<QString>("givenBack");
-    constexpr int lowest = std::numeric_limits<int>::min();
-
-    QTest::newRow("raised") << "5" << 10 << "15" << "5";
-    QTest::newRow("parent without priority") << "5" << 0 << "5" << "5";
-    QTest::newRow("both zero") << "0" << 0 << "0" << "0";
-    QTest::newRow("own zero") << "0" << 10 << "10" << "0";
-    QTest::newRow("not a number") << "abc" << 10 << "10" << "0";
-    QTest::newRow("not a number, nothing lent") << "abc" << 0 << "0" << "0";
-    QTest::newRow("empty") << "" << 3 << "3" << "0";
-    QTest::newRow("fraction") << "1.5" << 3 << "3" << "0";
-    QTest::newRow("leading zeros") << "007" << 1 << "8" << "7";
-    QTest::newRow("leading zeros, nothing lent") << "007" << 0 << "7" << "7";
-    QTest::newRow("sign and blanks") << " +7 " << 0 << "7" << "7";
-    QTest::newRow("negative text") << "-5" << 3 << "3" << "0";
-    QTest::newRow("negative text, nothing lent") << "-5" << 0 << "0" << "0";
-    QTest::newRow("largest int") << "2147483647" << 1 << "2147483648" << "2147483647";
-    QTest::newRow("beyond int") << "2147483648" << 1 << "2147483649" << "2147483648";
-    QTest::newRow("largest") << "4294967295" << 0 << "4294967295" << "4294967295";
-    QTest::newRow("wraps upward") << "4294967295" << 3 << "2" << "4294967295";
-    QTest::newRow("too large") << "4294967296" << 3 << "3" << "0";
-    QTest::newRow("negative parent") << "5" << -2 << "3" << "5";
-    QTest::newRow("wraps downward") << "5" << -7 << "4294967294" << "5";
-    QTest::newRow("lowest parent") << "5" << lowest << "2147483653" << "5";
-}
-
-void tst_FrameRenderer::priorityIsLentForTheFrame()
-{
-    QFETCH(QString, own);
-    QFETCH(int, parents);
-    QFETCH(QString, raised);
-    QFETCH(QString, givenBack);
-    Playing playing;
-    playing.settings.priority = parents;
-    StubEffect *child = playing.add(1, 0, 1000);
-    child->with("priority", own);
-
-    playing.frameAt(100);
-    QCOMPARE(child->drawnPriorities, QStringList{raised});
-    QCOMPARE(child->text("priority"), givenBack);
-
-    playing.frameAt(200);
-    QCOMPARE(child->drawnPriorities, QStringList({raised, raised}));
-    QCOMPARE(child->text("priority"), givenBack);
-}
-
-void tst_FrameRenderer::priorityLentFollowsTheParents()
-{
-    Playing playing;
-    StubEffect *child = playing.add(1, 0, 1000);
-    child->with("priority", 5);
-    quint32 now = 0;
-    for (const int parents : {0, 10, 10, 20, 0, -5, 10}) {
-        playing.settings.priority = parents;
-        playing.frameAt(now += 10);
-        QCOMPARE(child->text("priority"), QStringLiteral("5"));
-    }
-    child->with("priority", 6);
-    playing.frameAt(now += 10);
-    QCOMPARE(child->text("priority"), QStringLiteral("6"));
-
-    QCOMPARE(child->drawnPriorities, QStringList({"5", "15", "15", "25", "5", "0", "15", "16"}));
-}
-
-void tst_FrameRenderer::childThatChangesItsPriorityWhileDrawingGetsItsOwnBack_data()
-{
-    QTest::addColumn<int>("parents");
-    QTest::addColumn<QString>("changed");
-
-    QTest::newRow("nothing lent, another number") << 0 << "99";
-    QTest::newRow("nothing lent, not a number") << 0 << "abc";
-    QTest::newRow("nothing lent, negative") << 0 << "-7";
-    QTest::newRow("lent, another number") << 10 << "99";
-    QTest::newRow("lent, its own number") << 10 << "7";
-    QTest::newRow("lent, not a number") << 10 << "abc";
-}
-
-void tst_FrameRenderer::childThatChangesItsPriorityWhileDrawingGetsItsOwnBack()
-{
-    QFETCH(int, parents);
-    QFETCH(QString, changed);
-    Playing playing;
-    playing.settings.priority = parents;
-    StubEffect *child = playing.add(1, 0, 1000);
-    child->with("priority", 7);
-    child->whileDrawing = [&changed](StubEffect &drawn) { drawn.with("priority", changed); };
-
-    playing.frameAt(100);
-
-    QCOMPARE(child->draws, 1);
-    QCOMPARE(child->text("priority"), QStringLiteral("7"));
-}
-
-void tst_FrameRenderer::stoppedChildIsHandedTheFrameToo()
-{
-    Playing playing;
-    playing.settings.priority = 10;
-    StubEffect *child = playing.add(1, 1000, 2000);
-    child->with("priority", 5);
-    child->changes.clear();
-
-    playing.frameAt(300);
-
-    QCOMPARE(child->draws, 0);
-    QCOMPARE(child->frameTime(), QTime(12, 0, 0, 300));
-    QCOMPARE(child->frameArg(), 77u);
-    QCOMPARE(child->changes, QStringList({"priority=15", "priority=5"}));
-}
-
-void tst_FrameRenderer::childrenDrawInListOrder()
-{
-    Playing playing;
-    QStringList drawn;
-    for (quint32 eid : {3u, 1u, 2u}) {
-        StubEffect *child = playing.add(eid, 0, 1000);
-        child->whileDrawing = [&drawn](StubEffect &effect) {
-            drawn.append(effect.text("eid") + u'@' + effect.frameTime().toString(u"ss.zzz") + u'/'
-                         + QString::number(effect.frameArg()));
-        };
-    }
-    playing.settings.arg = 4000000000ul;
-
-    playing.frameAt(25);
-
-    QCOMPARE(drawn, QStringList({"3@00.025/4000000000", "1@00.025/4000000000",
-                                 "2@00.025/4000000000"}));
-}
-
-// --- Lights ---
-
-void tst_FrameRenderer::lightsTakeThePriorityOfATransparentParent_data()
-{
-    QTest::addColumn<double>("transparency");
-    QTest::addColumn<int>("expected");
-
-    // The lights have 42 before, the parent has -3.
-    QTest::newRow("opaque") << 0.0 << 42;
-    QTest::newRow("hardly transparent") << 1e-300 << -3;
-    QTest::newRow("half") << 0.5 << -3;
-    QTest::newRow("invisible") << 1.0 << -3;
-    QTest::newRow("negative") << -0.5 << 42;
-    QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN() << 42;
-}
-
-void tst_FrameRenderer::lightsTakeThePriorityOfATransparentParent()
-{
-    QFETCH(double, transparency);
-    QFETCH(int, expected);
-    Playing playing;
-    for (quint32 uid : {1u, 2u, 3u}) {
-        playing.lights.push_back(playing.map.addLight(uid, QString(), {}));
-        playing.lights.back()->setPriority(42);
-    }
-    playing.settings.priority = -3;
-    playing.settings.transparency = transparency;
-
-    playing.frameAt(0);
-
-    for (const rehearsal::StageLight *light : playing.map.lights()) {
-        QCOMPARE(light->priority(), expected);
-        QCOMPARE(light->factor(), 1.0);
-    }
-}
-
-void tst_FrameRenderer::lightsTakeTheBrightnessBelowOne_data()
-{
-    QTest::addColumn<double>("brightness");
-    QTest::addColumn<double>("expected");
-
-    // The lights have the factor 0.75 before.
-    QTest::newRow("full") << 1.0 << 0.75;
-    QTest::newRow("more than full") << 1.5 << 0.75;
-    QTest::newRow("hardly less than full") << std::nextafter(1.0, 0.0) << std::nextafter(1.0, 0.0);
-    QTest::newRow("half") << 0.5 << 0.5;
-    QTest::newRow("dark") << 0.0 << 0.0;
-    QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN() << 0.75;
-}
-
-void tst_FrameRenderer::lightsTakeTheBrightnessBelowOne()
-{
-    QFETCH(double, brightness);
-    QFETCH(double, expected);
-    Playing playing;
-    for (quint32 uid : {1u, 2u, 3u}) {
-        playing.lights.push_back(playing.map.addLight(uid, QString(), {}));
-        playing.lights.back()->setBrightness(0.75);
-        playing.lights.back()->setPriority(42);
-    }
-    playing.settings.priority = -3;
-    playing.settings.brightness = brightness;
-
-    playing.frameAt(0);
-
-    for (const rehearsal::StageLight *light : playing.map.lights()) {
-        QVERIFY2(light->factor() == expected, qPrintable(QString::number(light->factor())));
-        QCOMPARE(light->priority(), 42);
-    }
-}
-
-void tst_FrameRenderer::lightsAreSetAfterTheChildrenDrew()
-{
-    Playing playing;
-    rehearsal::StageLight *light = playing.map.addLight(1, QString(), {});
-    playing.lights = {light};
-    playing.settings.transparency = 0.5;
-    playing.settings.priority = 9;
-    playing.settings.brightness = 0.5;
-    StubEffect *child = playing.add(1, 0, 1000);
-    child->whileDrawing = [light](StubEffect &) {
-        QCOMPARE(light->priority(), 0);
-        QCOMPARE(light->factor(), 1.0);
-        static_cast<Light *>(light)->setPriority(100);
-        static_cast<Light *>(light)->setBrightness(0.1);
-    };
-
-    playing.frameAt(0);
-
-    QCOMPARE(child->draws, 1);
-    QCOMPARE(light->priority(), 9);
-    QCOMPARE(light->factor(), 0.5);
-}
-
-void tst_FrameRenderer::missingLightsAreSkipped()
-{
-    Playing playing;
-    rehearsal::StageLight *light = playing.map.addLight(1, QString(), {});
-    playing.lights = {nullptr, light, nullptr};
-    playing.settings.transparency = 0.5;
-    playing.settings.priority = 9;
-    playing.settings.brightness = 0.5;
-
-    playing.frameAt(0);
-
-    QCOMPARE(light->priority(), 9);
-    QCOMPARE(light->factor(), 0.5);
-}
-
 // --- The editor ---
 
 void tst_FrameRenderer::editorIsToldOfTransitionsOnly()
 {
-    Playing playing;
+    FramePlaying playing;
     FakeEditor editor;
     playing.editor = &editor;
     playing.add(7, 1000, 2000);
@@ -748,7 +334,7 @@ void tst_FrameRenderer::editorIsToldOfTransitionsOnly()
 
 void tst_FrameRenderer::editorIsNotToldOfALoopThatStopsNobody()
 {
-    Playing playing;
+    FramePlaying playing;
     FakeEditor editor;
     playing.editor = &editor;
     playing.settings.loop = true;
@@ -766,7 +352,7 @@ void tst_FrameRenderer::editorIsNotToldOfALoopThatStopsNobody()
 
 void tst_FrameRenderer::editorIsToldUnderTheEidThatIsReadThen()
 {
-    Playing playing;
+    FramePlaying playing;
     FakeEditor editor;
     playing.editor = &editor;
     StubEffect *child = playing.add(7, 0, 1000);
@@ -782,7 +368,7 @@ void tst_FrameRenderer::editorIsToldUnderTheEidThatIsReadThen()
 
 void tst_FrameRenderer::childrenMayComeAndGoBetweenFrames()
 {
-    Playing playing;
+    FramePlaying playing;
     playing.settings.priority = 10;
     StubEffect *first = playing.add(1, 0, 1000);
     StubEffect *second = playing.add(2, 0, 1000);
@@ -815,7 +401,7 @@ void tst_FrameRenderer::childrenMayComeAndGoBetweenFrames()
 
 void tst_FrameRenderer::orderMayChangeBetweenFrames()
 {
-    Playing playing;
+    FramePlaying playing;
     playing.settings.priority = 10;
     StubEffect *first = playing.add(1, 0, 1000);
     StubEffect *second = playing.add(2, 0, 1000);
@@ -836,7 +422,7 @@ void tst_FrameRenderer::orderMayChangeBetweenFrames()
 
 void tst_FrameRenderer::childAddedWhileDrawingPlaysFromTheNextFrame()
 {
-    Playing playing;
+    FramePlaying playing;
     playing.settings.priority = 10;
     StubEffect *first = playing.add(1, 0, 1000);
     StubEffect *last = playing.add(2, 0, 1000);
@@ -859,7 +445,7 @@ void tst_FrameRenderer::childAddedWhileDrawingPlaysFromTheNextFrame()
 
 void tst_FrameRenderer::noChildrenIsNoTrouble()
 {
-    Playing playing;
+    FramePlaying playing;
     rehearsal::StageLight *light = playing.map.addLight(1, QString(), {});
     playing.lights = {light};
     playing.settings.brightness = 0.25;

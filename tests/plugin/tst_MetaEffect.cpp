@@ -33,22 +33,6 @@ private slots:
     void initWithoutMapLeavesNoLights();
     void initLeavesTheChildrenAlone();
 
-    void addedChildStandsInTheHostsOrder();
-    void addedChildRaisesTheNextEid_data();
-    void addedChildRaisesTheNextEid();
-    void addingNullChangesNothing();
-    void addingAChildLeavesEndAndDirtyFlagAlone();
-
-    void levelGoesDownToEveryDepth();
-    void addedSubtreeTakesItsLevels();
-
-    void getEffectFindsTheFirstWithThatEid_data();
-    void getEffectFindsTheFirstWithThatEid();
-    void getEffectsIsACopyThatOwnsNothing();
-    void getGIDFindsTheFirstGroupOfThatName_data();
-    void getGIDFindsTheFirstGroupOfThatName();
-    void getGIDWithoutMapIsNoGroup();
-
     void dirtyChildMakesTheEffectDirty();
     void dirtyQuestionStopsAtTheFirstYes();
     void dirtyGrandchildMakesTheEffectDirty();
@@ -139,13 +123,20 @@ void tst_MetaEffect::cycleTimeIsEndMinusBegin_data()
     QTest::addColumn<QString>("end");
     QTest::addColumn<quint32>("cycleTime");
 
-    QTest::newRow("from 0") << "0" << "1500" << 1500u;
-    QTest::newRow("from later") << "500" << "1500" << 1000u;
-    QTest::newRow("nothing") << "700" << "700" << 0u;
-    QTest::newRow("end before begin wraps at 2^32") << "3000" << "1000" << 4294965296u;
-    QTest::newRow("largest") << "0" << "4294967295" << 4294967295u;
-    QTest::newRow("1 ms below 0") << "4294967295" << "0" << 1u;
-    QTest::newRow("not numbers") << "abc" << "-3" << 0u;
+    QTest::newRow("from 0") << "0"
+                            << "1500" << 1500u;
+    QTest::newRow("from later") << "500"
+                                << "1500" << 1000u;
+    QTest::newRow("nothing") << "700"
+                             << "700" << 0u;
+    QTest::newRow("end before begin wraps at 2^32") << "3000"
+                                                    << "1000" << 4294965296u;
+    QTest::newRow("largest") << "0"
+                             << "4294967295" << 4294967295u;
+    QTest::newRow("1 ms below 0") << "4294967295"
+                                  << "0" << 1u;
+    QTest::newRow("not numbers") << "abc"
+                                 << "-3" << 0u;
 }
 
 void tst_MetaEffect::cycleTimeIsEndMinusBegin()
@@ -289,209 +280,6 @@ void tst_MetaEffect::initLeavesTheChildrenAlone()
     QCOMPARE(child->inits, 0);
     QCOMPARE(child->changes, QStringList());
     QVERIFY(child->getState());
-}
-
-// --- Adding children ---
-
-void tst_MetaEffect::addedChildStandsInTheHostsOrder()
-{
-    MetaStage stage;
-    quint32 eid = 0;
-    for (const int priority : {5, 1, 5, 3}) {
-        auto *child = new StubEffect(&stage.map, eid++);
-        child->with("priority", priority);
-        stage.effect.addChild(child);
-    }
-
-    QCOMPARE(stage.eids(), QStringList({"1", "3", "0", "2"}));
-}
-
-void tst_MetaEffect::addedChildRaisesTheNextEid_data()
-{
-    QTest::addColumn<QStringList>("eids");
-    QTest::addColumn<QStringList>("next");
-
-    QTest::newRow("none") << QStringList() << QStringList({"0", "1"});
-    QTest::newRow("0") << QStringList({"0"}) << QStringList({"1", "2"});
-    QTest::newRow("equal to the next") << QStringList({"2", "3"}) << QStringList({"4", "5"});
-    QTest::newRow("above the next") << QStringList({"2", "7"}) << QStringList({"8", "9"});
-    QTest::newRow("below the next") << QStringList({"2", "1"}) << QStringList({"3", "4"});
-    QTest::newRow("the same twice") << QStringList({"2", "2"}) << QStringList({"3", "4"});
-    QTest::newRow("not a number") << QStringList({"two"}) << QStringList({"1", "2"});
-    QTest::newRow("largest but one")
-        << QStringList({"4294967294"}) << QStringList({"4294967295", "0"});
-    QTest::newRow("largest wraps to 0") << QStringList({"4294967295"}) << QStringList({"0", "1"});
-}
-
-void tst_MetaEffect::addedChildRaisesTheNextEid()
-{
-    QFETCH(QStringList, eids);
-    QFETCH(QStringList, next);
-    MetaStage stage;
-    for (const QString &eid : eids) {
-        auto *child = new StubEffect(&stage.map);
-        child->with("eid", eid);
-        stage.effect.addChild(child);
-    }
-    StubEffect copied(&stage.map);
-
-    QStringList given;
-    for (int i = 0; i < 2; ++i) {
-        QString text = savedText(copied);
-        stage.effect.pasteEffect(text);
-        const EffectList children = stage.effect.getEffects();
-        given.append(children.at(children.count() - 1)->getPropertyString(QStringLiteral("eid")));
-    }
-
-    QCOMPARE(given, next);
-}
-
-void tst_MetaEffect::addingNullChangesNothing()
-{
-    MetaStage stage;
-    stage.add(3);
-    const QString before = savedText(stage.effect);
-
-    stage.effect.addChild(nullptr);
-
-    QCOMPARE(stage.effect.getEffects().count(), 1);
-    QCOMPARE(savedText(stage.effect), before);
-    QVERIFY(!stage.effect.isDirty());
-}
-
-void tst_MetaEffect::addingAChildLeavesEndAndDirtyFlagAlone()
-{
-    MetaStage stage;
-    stage.effect.init();
-    auto *child = new StubEffect(&stage.map, 1);
-    child->with("end", 5000);
-    child->setDirty(false);
-
-    stage.effect.addChild(child);
-
-    QCOMPARE(stage.effect.text("end"), QStringLiteral("0"));
-    QVERIFY(!stage.effect.isDirty());
-    QCOMPARE(child->inits, 0);
-}
-
-// --- Levels ---
-
-void tst_MetaEffect::levelGoesDownToEveryDepth()
-{
-    MetaStage stage;
-    StubEffect *child = stage.add(1);
-    OpenMetaEffect *nested = stage.addNestedTo(stage.effect, 2);
-    StubEffect *grandchild = stage.addTo(*nested, 1);
-    QCOMPARE(child->level(), 1);
-    QCOMPARE(nested->level(), 1);
-    QCOMPARE(grandchild->level(), 2);
-
-    stage.effect.setLevel(4);
-    QCOMPARE(stage.effect.level(), 4);
-    QCOMPARE(child->level(), 5);
-    QCOMPARE(nested->level(), 5);
-    QCOMPARE(grandchild->level(), 6);
-
-    stage.effect.setLevel(-1);
-    QCOMPARE(child->level(), 0);
-    QCOMPARE(grandchild->level(), 1);
-}
-
-void tst_MetaEffect::addedSubtreeTakesItsLevels()
-{
-    MetaStage stage;
-    stage.effect.setLevel(2);
-    auto *nested = new OpenMetaEffect(&stage.map, 0);
-    StubEffect *grandchild = stage.addTo(*nested, 1);
-    QCOMPARE(grandchild->level(), 1);
-
-    stage.effect.addChild(nested);
-
-    QCOMPARE(nested->level(), 3);
-    QCOMPARE(grandchild->level(), 4);
-}
-
-// --- Looking up ---
-
-void tst_MetaEffect::getEffectFindsTheFirstWithThatEid_data()
-{
-    QTest::addColumn<quint32>("eid");
-    QTest::addColumn<int>("index");
-
-    // The eids are 4, 0, 4294967295, 4, unreadable.
-    QTest::newRow("one of two") << 4u << 0;
-    QTest::newRow("0 is an eid like any other") << 0u << 1;
-    QTest::newRow("largest") << 4294967295u << 2;
-    QTest::newRow("missing") << 5u << -1;
-}
-
-void tst_MetaEffect::getEffectFindsTheFirstWithThatEid()
-{
-    QFETCH(quint32, eid);
-    QFETCH(int, index);
-    MetaStage stage;
-    for (const char *text : {"4", "0", "4294967295", "4", "four"}) {
-        auto *child = new StubEffect(&stage.map);
-        child->with("eid", QString::fromLatin1(text));
-        stage.effect.addChild(child);
-    }
-
-    QCOMPARE(stage.effect.getEffect(eid), stage.effect.getEffects().at(index));
-}
-
-void tst_MetaEffect::getEffectsIsACopyThatOwnsNothing()
-{
-    MetaStage stage;
-    int deletions = 0;
-    stage.add(1)->deletions = &deletions;
-    stage.add(2)->deletions = &deletions;
-    {
-        EffectList copy = stage.effect.getEffects();
-        QVERIFY(!copy.autoDelete());
-        QCOMPARE(copy.count(), 2);
-        copy.clear();
-        QCOMPARE(stage.effect.getEffects().count(), 2);
-        const EffectList other = stage.effect.getEffects();
-        QCOMPARE(other.count(), 2);
-    }
-    QCOMPARE(deletions, 0);
-}
-
-void tst_MetaEffect::getGIDFindsTheFirstGroupOfThatName_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<quint32>("gid");
-
-    QTest::newRow("lowest uid of two") << "Roof" << 3u;
-    QTest::newRow("only one") << "Tree" << 4000000000u;
-    QTest::newRow("None, although a group is called so") << "None" << 0u;
-    QTest::newRow("none in small letters is a name") << "none" << 11u;
-    QTest::newRow("no name") << "" << 12u;
-    QTest::newRow("other letters") << "roof" << 0u;
-    QTest::newRow("blank behind") << "Roof " << 0u;
-    QTest::newRow("missing") << "Garden" << 0u;
-}
-
-void tst_MetaEffect::getGIDFindsTheFirstGroupOfThatName()
-{
-    QFETCH(QString, name);
-    QFETCH(quint32, gid);
-    MetaStage stage;
-    const std::pair<quint32, const char *> groups[] = {{20, "Roof"},          {3, "Roof"},
-                                                       {4000000000u, "Tree"}, {1, "None"},
-                                                       {11, "none"},          {12, ""}};
-    for (const auto &[uid, groupName] : groups)
-        QVERIFY(stage.map.addGroup(uid, QString::fromLatin1(groupName), ChasingGroup, {}));
-
-    QCOMPARE(stage.effect.getGID(name), static_cast<unsigned long>(gid));
-}
-
-void tst_MetaEffect::getGIDWithoutMapIsNoGroup()
-{
-    const OpenMetaEffect effect(nullptr, 0);
-
-    QCOMPARE(effect.getGID(QStringLiteral("Roof")), 0ul);
-    QCOMPARE(effect.getGID(QStringLiteral("None")), 0ul);
 }
 
 // --- Unsaved changes ---

@@ -175,23 +175,12 @@ void tst_MetaEffectSlots::editorSlotDoesNothingWithoutEditor()
     QGenericArgument arguments[4];
     for (int i = 0; i < slot.parameterCount(); ++i) {
         switch (slot.parameterType(i)) {
-        case QMetaType::Int:
-            arguments[i] = Q_ARG(int, number);
-            break;
-        case QMetaType::ULong:
-            arguments[i] = Q_ARG(unsigned long, eid);
-            break;
-        case QMetaType::Bool:
-            arguments[i] = Q_ARG(bool, on);
-            break;
-        case QMetaType::QString:
-            arguments[i] = Q_ARG(QString, text);
-            break;
-        case QMetaType::QPoint:
-            arguments[i] = Q_ARG(QPoint, point);
-            break;
-        default:
-            QFAIL("an argument of an unexpected type");
+        case QMetaType::Int: arguments[i] = Q_ARG(int, number); break;
+        case QMetaType::ULong: arguments[i] = Q_ARG(unsigned long, eid); break;
+        case QMetaType::Bool: arguments[i] = Q_ARG(bool, on); break;
+        case QMetaType::QString: arguments[i] = Q_ARG(QString, text); break;
+        case QMetaType::QPoint: arguments[i] = Q_ARG(QPoint, point); break;
+        default: QFAIL("an argument of an unexpected type");
         }
     }
     QVERIFY(slot.invoke(&stage.effect, Qt::DirectConnection, arguments[0], arguments[1],

@@ -21,12 +21,12 @@ class EndSignals
 public:
     explicit EndSignals(MetaEffect &effect)
     {
-        QObject::connect(&effect, &MetaEffect::endTimeChanged, &m_context, [this](unsigned long end) {
-            noted.append(QStringLiteral("end %1").arg(end));
-        });
-        QObject::connect(&effect, &Effect::cycleTimeChanged, &m_context, [this](unsigned long time) {
-            noted.append(QStringLiteral("cycle %1").arg(time));
-        });
+        QObject::connect(
+            &effect, &MetaEffect::endTimeChanged, &m_context,
+            [this](unsigned long end) { noted.append(QStringLiteral("end %1").arg(end)); });
+        QObject::connect(
+            &effect, &Effect::cycleTimeChanged, &m_context,
+            [this](unsigned long time) { noted.append(QStringLiteral("cycle %1").arg(time)); });
     }
 
     QStringList noted;
@@ -79,22 +79,27 @@ void tst_MetaEffectTimes::passResolvesLinksWhateverTheOrder()
     MetaStage stage;
     StubEffect *b = stage.add(2);
     StubEffect *a = stage.add(1);
-    a->with("starttype", 0).with("startfixedtime", 2000).with("endtype", 0).with("endfixedtime", 3000);
+    a->with("starttype", 0)
+        .with("startfixedtime", 2000)
+        .with("endtype", 0)
+        .with("endfixedtime", 3000);
     b->with("starttype", 1).with("startlinkeid", 1).with("startlinkstart", 0);
     b->with("startlinkoffset", 500);
-    b->with("endtype", 1).with("endlinkeid", 1).with("endlinkstart", 1).with("endlinkoffset", 10000);
+    b->with("endtype", 1)
+        .with("endlinkeid", 1)
+        .with("endlinkstart", 1)
+        .with("endlinkoffset", 10000);
 
     stage.effect.updateEffectTimes();
 
     QCOMPARE(times(a), QStringLiteral("2000..5000"));
     QCOMPARE(times(b), QStringLiteral("5500..12000"));
-    QCOMPARE(m_debugLines->lines(), QStringList({"MetaEffect::updateEffectTimes()",
-                                                 "    Next Effect",
-                                                 "  updateEffectTime() EID: 2",
-                                                 "  updateEffectTime() 2 START calling EID: 1",
-                                                 "  updateEffectTime() EID: 1",
-                                                 "  updateEffectTime() 2 END calling EID: 1",
-                                                 "    Next Effect"}));
+    QCOMPARE(
+        m_debugLines->lines(),
+        QStringList({"MetaEffect::updateEffectTimes()", "    Next Effect",
+                     "  updateEffectTime() EID: 2", "  updateEffectTime() 2 START calling EID: 1",
+                     "  updateEffectTime() EID: 1", "  updateEffectTime() 2 END calling EID: 1",
+                     "    Next Effect"}));
 }
 
 void tst_MetaEffectTimes::passWithoutEditorLeavesTheOwnEnd()
@@ -147,7 +152,10 @@ void tst_MetaEffectTimes::newCycleTimeOfAChildResolvesAllChildren()
     StubEffect *follower = stage.add(2);
     StubEffect *child = stage.add(1);
     child->with("startfixedtime", 1000).with("endtype", 2).with("endcyclecount", 3);
-    follower->with("starttype", 1).with("startlinkeid", 1).with("endtype", 0).with("endfixedtime", 10);
+    follower->with("starttype", 1)
+        .with("startlinkeid", 1)
+        .with("endtype", 0)
+        .with("endfixedtime", 10);
 
     child->setCycleTime(1500);
     QCOMPARE(times(child), QStringLiteral("1000..5500"));
@@ -214,7 +222,8 @@ void tst_MetaEffectTimes::endTimeIsTheLatestEnd_data()
     QTest::newRow("raised") << "100" << QStringList({"200", "300", "250"}) << "300" << true;
     QTest::newRow("lowered") << "1000" << QStringList({"200", "300"}) << "300" << true;
     QTest::newRow("equal") << "300" << QStringList({"200", "300"}) << "300" << false;
-    QTest::newRow("equal number in another form") << "0300" << QStringList({"300"}) << "300" << false;
+    QTest::newRow("equal number in another form")
+        << "0300" << QStringList({"300"}) << "300" << false;
     QTest::newRow("no children") << "300" << QStringList() << "0" << true;
     QTest::newRow("no children, already 0") << "0" << QStringList() << "0" << false;
     QTest::newRow("own text that is no time") << "soon" << QStringList() << "0" << false;
@@ -223,8 +232,8 @@ void tst_MetaEffectTimes::endTimeIsTheLatestEnd_data()
         << "0" << QStringList({"abc", "20", "-30", "", "40.5"}) << "20" << true;
     QTest::newRow("only texts that are no times")
         << "7" << QStringList({"abc", "-1"}) << "0" << true;
-    QTest::newRow("beyond 2^31")
-        << "0" << QStringList({"2147483647", "4294967295"}) << "4294967295" << true;
+    QTest::newRow("beyond 2^31") << "0" << QStringList({"2147483647", "4294967295"}) << "4294967295"
+                                 << true;
 }
 
 void tst_MetaEffectTimes::endTimeIsTheLatestEnd()

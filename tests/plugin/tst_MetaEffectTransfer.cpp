@@ -133,8 +133,8 @@ void tst_MetaEffectTransfer::unreadablePiecesAreSkipped_data()
     QTest::newRow("words") << QStringLiteral("Dear Sir or Madam,\n");
     QTest::newRow("unknown type") << QStringLiteral("\n<effect type=\"Zap\"></effect>\n");
     QTest::newRow("cut short") << QStringLiteral("\n<effect type=\"Stub\">\n");
-    QTest::newRow("two effects")
-        << QStringLiteral("\n<effect type=\"Stub\"></effect><effect type=\"Stub\"></effect>\n");
+    QTest::newRow("two effects") << QStringLiteral(
+        "\n<effect type=\"Stub\"></effect><effect type=\"Stub\"></effect>\n");
     QTest::newRow("nul") << QString(QChar(u'\0'));
 }
 
@@ -321,8 +321,7 @@ void tst_MetaEffectTransfer::hugeTextIsPasted_data()
     QTest::newRow("no effect, no marker") << QString(size, u'x') << 0;
     QTest::newRow("nothing but markers") << marker.repeated(size / marker.size()) << 0;
     QTest::newRow("a huge value") << entry + savedText(original) << 1;
-    QTest::newRow("open tags")
-        << QStringLiteral("<effect type=\"Stub\">").repeated(size / 20) << 0;
+    QTest::newRow("open tags") << QStringLiteral("<effect type=\"Stub\">").repeated(size / 20) << 0;
 }
 
 void tst_MetaEffectTransfer::hugeTextIsPasted()

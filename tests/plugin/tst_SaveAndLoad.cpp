@@ -73,9 +73,7 @@ public:
         QString text;
         for (int parts = below(6); parts > 0; --parts) {
             switch (below(9)) {
-            case 0:
-                text += QString::number(m_random());
-                break;
+            case 0: text += QString::number(m_random()); break;
             case 1:
                 text += QChar(static_cast<char16_t>(below(0x20))); // control characters, NUL too
                 break;
@@ -86,20 +84,11 @@ public:
                 text += QString(QChar(QChar::highSurrogate(0x1F600u + m_random() % 64)))
                         + QChar(QChar::lowSurrogate(0x1F600u + m_random() % 64));
                 break;
-            case 4:
-                text += QStringLiteral("<EFFECT-ENTRY>\n");
-                break;
-            case 5:
-                text += QStringLiteral("</property></effect>\"'&amp;&#10;]]><!--");
-                break;
-            case 6:
-                text += QStringLiteral(" \t\r\n ");
-                break;
-            case 7:
-                text += QChar(static_cast<char16_t>(0xFFF8 + below(8)));
-                break;
-            default:
-                text += QChar(static_cast<char16_t>(m_random() % 0x10000));
+            case 4: text += QStringLiteral("<EFFECT-ENTRY>\n"); break;
+            case 5: text += QStringLiteral("</property></effect>\"'&amp;&#10;]]><!--"); break;
+            case 6: text += QStringLiteral(" \t\r\n "); break;
+            case 7: text += QChar(static_cast<char16_t>(0xFFF8 + below(8))); break;
+            default: text += QChar(static_cast<char16_t>(m_random() % 0x10000));
             }
         }
         return text;

@@ -46,7 +46,8 @@ class MetaStage
 public:
     MetaStage()
     {
-        factory.addType(QStringLiteral("Stub"), [](MapModel *made) { return new StubEffect(made); });
+        factory.addType(QStringLiteral("Stub"),
+                        [](MapModel *made) { return new StubEffect(made); });
         factory.addType(QStringLiteral("Meta Effect"),
                         [](MapModel *made) { return new OpenMetaEffect(made, 0); });
         map.clock().step(noon);
