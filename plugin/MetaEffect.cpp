@@ -191,9 +191,9 @@ void MetaEffect::cutEffect(QTextStream &stream)
 
 void MetaEffect::pasteEffect(QString &text)
 {
-    const QStringList pieces = m_effectLib ? transfer::pieces(text) : QStringList();
+    const QStringList pieces = transfer::pieces(text);
     for (const QString &piece : pieces) {
-        Effect *child = m_effectLib->createEffect(piece);
+        Effect *child = m_effectLib ? m_effectLib->createEffect(piece) : nullptr;
         if (!child)
             continue;
         keys::eid.write(*child, m_roster.nextEid());
@@ -305,7 +305,7 @@ void MetaEffect::handleClicked(int, int, int, const QPoint &) {}
 void MetaEffect::handleHeaderClicked(int) {}
 void MetaEffect::handleContextMenuRequested(int, int, const QPoint &) {}
 void MetaEffect::handleNewEffectClicked() {}
-void MetaEffect::changeEffectType(Effect *, QString) {}
+void MetaEffect::changeEffectType(Effect *, const QString &) {}
 void MetaEffect::startFixedToggled(bool) {}
 void MetaEffect::startLinkedToggled(bool) {}
 void MetaEffect::startFixedTimeChanged(const QString &) {}

@@ -90,7 +90,7 @@ public slots:
     void handleContextMenuRequested(int row, int column, const QPoint &pos);
     void handleNewEffectClicked();
     void handleDeleteSelectedEffectsClicked();
-    void changeEffectType(Effect *child, QString newType);
+    void changeEffectType(Effect *child, const QString &newType);
     void startFixedToggled(bool on);
     void startLinkedToggled(bool on);
     void startFixedTimeChanged(const QString &text);

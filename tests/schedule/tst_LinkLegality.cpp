@@ -8,6 +8,7 @@
 #include <QRegularExpression>
 #include <QTest>
 
+#include <algorithm>
 #include <limits>
 
 namespace {
@@ -89,6 +90,7 @@ private slots:
     void aLongWalkNeedsNoStack_data();
     void aLongWalkNeedsNoStack();
     void aLongLoopNeedsNoStack();
+    void aRememberedAnswerCostsNoWalk();
     void aSeriesOfRefusalsCostsInProportionToTheChildren_data();
     void aSeriesOfRefusalsCostsInProportionToTheChildren();
 };
@@ -492,6 +494,27 @@ void tst_LinkLegality::aLongLoopNeedsNoStack()
     bool answer = false;
     runOnSmallStack([&] { answer = scene.isLegal(outside, scene.at(0)); });
     QVERIFY(answer);
+}
+
+void tst_LinkLegality::aRememberedAnswerCostsNoWalk()
+{
+    constexpr quint32 length = 10000;
+    Scene scene;
+    addChain(scene, length, true);
+    StubEffect &edited = scene.add(length + 1);
+    qint64 walk = std::numeric_limits<qint64>::max();
+    qint64 remembered = walk;
+    for (int round = 0; round < 5; ++round) {
+        scene.dictionary.clear();
+        QElapsedTimer timer;
+        timer.start();
+        QVERIFY(scene.isLegal(edited, scene.at(0)));
+        walk = std::min(walk, timer.nsecsElapsed());
+        timer.start();
+        QVERIFY(scene.isLegal(edited, scene.at(0)));
+        remembered = std::min(remembered, timer.nsecsElapsed());
+    }
+    QVERIFY2(20 * remembered < walk, qPrintable(QString("%1 ns, %2 ns").arg(remembered).arg(walk)));
 }
 
 void tst_LinkLegality::aSeriesOfRefusalsCostsInProportionToTheChildren_data()
