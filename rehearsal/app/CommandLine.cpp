@@ -132,9 +132,12 @@ Request readResolve(const QCommandLineParser &parser, const QString &show)
 
 Request readImport(const QCommandLineParser &parser, const QString &sequence)
 {
-    return ImportRequest{sequence,
-                         outValue(parser),
-                         {.linkAdjacent = parser.isSet(QStringLiteral("link-adjacent"))}};
+    const QString show = outValue(parser);
+    if (QFileInfo::exists(show)
+        && QFileInfo(show).canonicalFilePath() == QFileInfo(sequence).canonicalFilePath())
+        throw UsageFault{QStringLiteral("%1 would overwrite the sequence").arg(show)};
+    return ImportRequest{
+        sequence, show, {.linkAdjacent = parser.isSet(QStringLiteral("link-adjacent"))}};
 }
 
 Request readPlain(const QCommandLineParser &, const QString &show)

@@ -19,7 +19,8 @@ void writeSummary(QTextStream &out, const QString &file, const ImportSummary &su
         return;
     out << replaced << " effects have no counterpart and became a Solid at full:\n";
     for (const auto &[type, count] : summary.replaced)
-        out << QString::number(count).rightJustified(8) << "  " << singleLine(type) << '\n';
+        out << QString::number(count).rightJustified(8) << "  "
+            << (type.isEmpty() ? QStringLiteral("(no name)") : singleLine(type)) << '\n';
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include "ProgressBar.h"
 #include "ShowSource.h"
 
+#include <QBuffer>
 #include <QFileInfo>
 #include <QImageWriter>
 #include <QTextStream>
@@ -97,8 +98,12 @@ void Render::writeTo(Outputs &outputs, const QString &title, Console &console)
             grid->addFrame(frame, brightness);
         progress.update(frame + 1);
     }
-    if (grid)
-        QImageWriter(&outputs.picture->device(), "png").write(draw(*grid, title));
+    if (grid) {
+        // Written in one piece, so that a device that takes nothing is one fault, not two.
+        QBuffer picture;
+        QImageWriter(&picture, "png").write(draw(*grid, title));
+        outputs.picture->device().write(picture.data());
+    }
 }
 
 QImage Render::draw(const BrightnessGrid &grid, const QString &title) const

@@ -13,10 +13,12 @@ std::unique_ptr<Show> openShow(const QString &file, const Show::TypeSetup &types
         console.fail(fault.message());
         return {};
     }
+    constexpr qsizetype longestType = 100;
     for (const auto &[type, line] : show->unknownTypes()) {
         const FileFault unknown{
             file, line,
-            QStringLiteral("effects of the unknown type \"%1\" are kept as they are").arg(type)};
+            QStringLiteral("effects of the unknown type \"%1\" are kept as they are")
+                .arg(type.left(longestType))};
         console.warn(unknown.message());
     }
     return show;

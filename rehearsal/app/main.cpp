@@ -43,6 +43,7 @@ int main(int argc, char **argv)
     }
     qputenv("QT_QPA_PLATFORM", "offscreen"); // text in pictures needs an application, no display
     qputenv("QT_FORCE_STDERR_LOGGING", "1");
+    qunsetenv("QT_LOGGING_RULES"); // --debug alone decides on the debug lines
     const QtMessageHandler usualHandler = qInstallMessageHandler(keepFatalMessages);
     int applicationArgc = 1; // the arguments are ours alone
     const QApplication application(applicationArgc, argv);

@@ -16,10 +16,11 @@ class Effect::HostPart
 public:
     QTime startTime{0, 0};
     bool running = false;
-    bool keepsVerbatim = false;
     PropertyStore store;
     EffectHost::Observer observer;
-    QString verbatim;
+    rehearsal::VerbatimText verbatim;
+    std::vector<PropertyStore::Property> verbatimProperties; ///< as the text has them
+    QString nestedText;
 };
 
 namespace {
@@ -116,7 +117,6 @@ void Effect::setProperty(const QString &key, const QString &value)
 {
     if (!m_hostPart->store.set(key, value))
         return;
-    m_hostPart->keepsVerbatim = false;
     if (!isWrittenByPlayback(key))
         m_dirty = true;
     internalSetProperty(key, value);
@@ -165,8 +165,11 @@ void Effect::addPropertyDouble(const QString &key, double defaultValue, double *
 
 void Effect::save(QTextStream &stream)
 {
-    if (m_hostPart->keepsVerbatim) {
-        stream << QString(rehearsal::effectIndentation(m_level), u' ') << m_hostPart->verbatim;
+    if (!m_hostPart->verbatim.isEmpty()) {
+        const std::vector<PropertyStore::Property> changed = rehearsal::changedSince(
+            m_hostPart->verbatimProperties, m_hostPart->store.properties());
+        stream << QString(rehearsal::effectIndentation(m_level), u' ')
+               << m_hostPart->verbatim.with(changed, m_level) << '\n';
         return;
     }
     rehearsal::writeEffectStart(stream, m_level,
@@ -174,12 +177,16 @@ void Effect::save(QTextStream &stream)
                                  QString::number(getBuildNumber())},
                                 m_hostPart->store.properties());
     internalSave(stream);
+    stream << m_hostPart->nestedText;
     rehearsal::writeEffectEnd(stream, m_level);
 }
 
 void Effect::setStartTime()
 {
-    setStartTime(clockOf(m_mapModel).now());
+    const QTime now = clockOf(m_mapModel).now();
+    setStartTime(now);
+    // Between frames the last frame lies before the new start; nothing has elapsed since.
+    m_frameTime = now;
 }
 
 void Effect::setStartTime(QTime time)
@@ -240,8 +247,13 @@ void EffectHost::setObserver(Effect &effect, Observer observer)
     effect.m_hostPart->observer = std::move(observer);
 }
 
-void EffectHost::setVerbatim(Effect &effect, const QString &text)
+void EffectHost::setVerbatim(Effect &effect, const rehearsal::VerbatimText &text)
 {
     effect.m_hostPart->verbatim = text;
-    effect.m_hostPart->keepsVerbatim = true;
+    effect.m_hostPart->verbatimProperties = properties(effect);
+}
+
+void EffectHost::setNestedText(Effect &effect, const QString &text)
+{
+    effect.m_hostPart->nestedText = text;
 }

@@ -34,22 +34,20 @@ namespace rehearsal {
 namespace {
 
 /// An effect of a type that this host does not have. It keeps its properties, so that it can be
-/// placed like any other, and the text of everything nested in it.
+/// placed like any other, and is saved as the text that it was read from.
 class PlaceholderEffect final : public Effect
 {
 public:
-    PlaceholderEffect(MapModel *map, EffectIdentity identity, QString nestedText)
-        : Effect(map, 0), m_identity(std::move(identity)), m_nestedText(std::move(nestedText))
+    PlaceholderEffect(MapModel *map, EffectIdentity identity)
+        : Effect(map, 0), m_identity(std::move(identity))
     {
     }
 
     QString getVersion() override { return m_identity.version; }
     int getBuildNumber() override { return m_identity.build.toInt(); }
-    void internalSave(QTextStream &stream) override { stream << m_nestedText; }
 
 private:
     EffectIdentity m_identity;
-    QString m_nestedText;
 };
 
 void setProperties(Effect &effect, const EffectText &text)
@@ -112,6 +110,12 @@ Effect *EffectFactory::build(const EffectText &text, QStringView source, BuildLo
             }
             effect->addChild(nested);
         }
+    } else if (!text.nested.empty()) {
+        // This effect has no use for them, but what was in the file is not thrown away.
+        QString nestedText;
+        for (const EffectText &nested : text.nested)
+            nestedText += nested.verbatim(source).toString() + u'\n';
+        EffectHost::setNestedText(*effect, nestedText);
     }
     effect->init();
     if (log)
@@ -121,23 +125,27 @@ Effect *EffectFactory::build(const EffectText &text, QStringView source, BuildLo
 
 Effect *EffectFactory::makePlaceholder(const EffectText &text, QStringView source, BuildLog *log)
 {
-    QString nestedText;
-    for (const EffectText &nested : text.nested)
-        nestedText += nested.verbatim(source).toString() + u'\n';
-    auto effect = std::make_unique<PlaceholderEffect>(&m_map, text.identity, nestedText);
+    auto effect = std::make_unique<PlaceholderEffect>(&m_map, text.identity);
     effect->setProperty(QStringLiteral("type"), text.identity.type);
     setProperties(*effect, text);
     effect->init();
-    EffectHost::setVerbatim(*effect, text.verbatim(source).toString() + u'\n');
+    EffectHost::setVerbatim(*effect, VerbatimText(text, source));
     if (log) {
-        const bool isKnown = std::any_of(
-            log->unknownTypes.begin(), log->unknownTypes.end(),
-            [&text](const auto &unknown) { return unknown.first == text.identity.type; });
-        if (!isKnown)
-            log->unknownTypes.emplace_back(text.identity.type, text.line);
+        noteUnknown(text, *log);
         log->built.push_back(effect.get());
     }
     return effect.release();
+}
+
+void EffectFactory::noteUnknown(const EffectText &text, BuildLog &log) const
+{
+    const bool isNoted = std::any_of(
+        log.unknownTypes.begin(), log.unknownTypes.end(),
+        [&text](const auto &unknown) { return unknown.first == text.identity.type; });
+    if (!isNoted && !knows(text.identity.type))
+        log.unknownTypes.emplace_back(text.identity.type, text.line);
+    for (const EffectText &nested : text.nested)
+        noteUnknown(nested, log);
 }
 
 } // namespace rehearsal

@@ -48,6 +48,7 @@ public:
 
 private:
     Effect *makePlaceholder(const EffectText &text, QStringView source, BuildLog *log);
+    void noteUnknown(const EffectText &text, BuildLog &log) const;
 
     StageMap &m_map;
     std::map<QString, Maker> m_makers;

@@ -2,6 +2,7 @@
 
 #include "Effect.h"
 #include "PropertyStore.h"
+#include "VerbatimText.h"
 
 #include <functional>
 #include <vector>
@@ -27,6 +28,10 @@ public:
     /// Called after every real change of a property; one observer an effect, an empty one removes it.
     static void setObserver(Effect &effect, Observer observer);
 
-    /// Saves the effect as this text for as long as none of its properties is changed.
-    static void setVerbatim(Effect &effect, const QString &text);
+    /// From now on the effect is saved as this text, in which only the properties that are changed
+    /// from now on are written anew.
+    static void setVerbatim(Effect &effect, const rehearsal::VerbatimText &text);
+
+    /// Saved behind the effect's own content: what is nested in an effect that holds none.
+    static void setNestedText(Effect &effect, const QString &text);
 };

@@ -1,6 +1,7 @@
 #include "EffectText.h"
 
 #include <QSet>
+#include <QStringDecoder>
 #include <QTextStream>
 #include <QXmlStreamReader>
 
@@ -47,6 +48,8 @@ QByteArray toWideUtf8(QStringView text)
 
 QString fromWideUtf8(const QByteArray &bytes)
 {
+    // A byte order mark is a character of the value like any other.
+    QStringDecoder decode(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
     QString text;
     qsizetype done = 0;
     for (qsizetype i = 0; i + 2 < bytes.size(); ++i) {
@@ -55,12 +58,13 @@ QString fromWideUtf8(const QByteArray &bytes)
         const auto third = static_cast<uchar>(bytes[i + 2]);
         if (first != 0xED || second < 0xA0 || second > 0xBF || (third & 0xC0) != 0x80)
             continue;
-        text += QString::fromUtf8(bytes.mid(done, i - done));
+        text += decode(bytes.mid(done, i - done));
         text += QChar(static_cast<char16_t>(0xD000 | ((second & 0x3F) << 6) | (third & 0x3F)));
         i += 2;
         done = i + 1;
     }
-    return text + QString::fromUtf8(bytes.mid(done));
+    text += decode(bytes.mid(done));
+    return text;
 }
 
 void appendEscaped(QString &out, QStringView text, bool isAttribute)
@@ -134,9 +138,11 @@ EffectText::Property readProperty(QXmlStreamReader &reader)
     const QXmlStreamAttributes attributes = reader.attributes();
     EffectText::Property property;
     property.key = sharedKey(attributes.value(QLatin1String("key")));
+    property.startTagEnd = reader.characterOffset();
     const bool isBase64 =
         attributes.size() > 1 && attributes.value(QLatin1String("encoding")) == u"base64";
     property.text = readText(reader);
+    property.end = reader.characterOffset();
     if (!isBase64 || reader.hasError())
         return property;
     const auto decoded = QByteArray::fromBase64Encoding(property.text.trimmed().toLatin1(),
@@ -191,7 +197,7 @@ EffectText readEffect(QXmlStreamReader &reader, int depth)
         return effect;
     }
     while (reader.readNextStartElement()) {
-        if (reader.name() == u"property")
+        if (reader.name() == u"property" && reader.attributes().hasAttribute(QLatin1String("key")))
             effect.properties.push_back(readProperty(reader));
         else if (reader.name() == u"effect")
             effect.nested.push_back(readEffect(reader, depth + 1));
@@ -208,14 +214,30 @@ std::optional<EffectText> parseEffect(const QString &text)
         return {};
     QXmlStreamReader reader(text);
     reader.setNamespaceProcessing(false);
-    if (!reader.readNextStartElement() || reader.name() != u"effect")
+    if (!QStringView(text).trimmed().startsWith(u"<effect") || !reader.readNextStartElement()
+        || reader.name() != u"effect")
         return {};
     EffectText effect = readEffect(reader);
     while (!reader.atEnd())
         reader.readNext();
-    if (reader.hasError())
+    if (reader.hasError() || !QStringView(text).mid(effect.end).trimmed().isEmpty())
         return {};
     return effect;
+}
+
+void appendProperty(QString &out, int level, const QString &key, const QString &text)
+{
+    appendIndentation(out, level + 1);
+    out += u"<property key=\"";
+    appendEscaped(out, key, true);
+    if (isXmlText(text)) {
+        out += u"\">";
+        appendEscaped(out, text, false);
+    } else {
+        out += u"\" encoding=\"base64\">";
+        out += QString::fromLatin1(toWideUtf8(text).toBase64());
+    }
+    out += u"</property>\n";
 }
 
 void writeEffectStart(QTextStream &stream, int level, const EffectIdentity &identity,
@@ -231,19 +253,8 @@ void writeEffectStart(QTextStream &stream, int level, const EffectIdentity &iden
     out += u"\" build=\"";
     appendEscaped(out, identity.build, true);
     out += u"\">\n";
-    for (const PropertyStore::Property &property : properties) {
-        appendIndentation(out, level + 1);
-        out += u"<property key=\"";
-        appendEscaped(out, property.key, true);
-        if (isXmlText(property.text)) {
-            out += u"\">";
-            appendEscaped(out, property.text, false);
-        } else {
-            out += u"\" encoding=\"base64\">";
-            out += QString::fromLatin1(toWideUtf8(property.text).toBase64());
-        }
-        out += u"</property>\n";
-    }
+    for (const PropertyStore::Property &property : properties)
+        appendProperty(out, level, property.key, property.text);
     stream << out;
 }
 

@@ -34,6 +34,8 @@ struct EffectText
     {
         QString key;
         QString text;
+        qint64 startTagEnd = 0; ///< see below
+        qint64 end = 0;
     };
 
     EffectIdentity identity;
@@ -58,6 +60,9 @@ std::optional<EffectText> parseEffect(const QString &text);
 
 /// How many blanks stand before an effect's tags.
 int effectIndentation(int level);
+
+/// Writes one property as an element and a line end.
+void appendProperty(QString &out, int level, const QString &key, const QString &text);
 
 /// Writes everything before the effect's nested effects. The indentation follows `level`.
 void writeEffectStart(QTextStream &stream, int level, const EffectIdentity &identity,

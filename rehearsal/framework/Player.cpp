@@ -40,9 +40,12 @@ void Player::frame(QTime time, unsigned long arg)
 quint32 Player::length() const
 {
     quint32 length = 0;
-    for (Effect *effect : m_effects)
-        length = std::max({length, effect->endTime(),
-                           static_cast<quint32>(effect->getCycleTime())});
+    for (Effect *effect : m_effects) {
+        const quint32 begin = effect->beginTime();
+        const quint32 end = effect->endTime();
+        length = std::max(length, end > begin ? end - begin
+                                              : static_cast<quint32>(effect->getCycleTime()));
+    }
     return length;
 }
 

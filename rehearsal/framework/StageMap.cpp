@@ -1,5 +1,7 @@
 #include "StageMap.h"
 
+#include <algorithm>
+
 using rehearsal::StageGroup;
 using rehearsal::StageLight;
 using rehearsal::StageMap;
@@ -8,7 +10,8 @@ using rehearsal::StageMap;
 
 void Light::setBrightness(double brightness)
 {
-    static_cast<StageLight *>(this)->m_factor = brightness;
+    // Not a number is dark.
+    static_cast<StageLight *>(this)->m_factor = brightness > 0.0 ? std::min(brightness, 1.0) : 0.0;
 }
 
 void Light::setPriority(int priority)

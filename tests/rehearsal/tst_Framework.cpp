@@ -125,7 +125,6 @@ private slots:
     void playbackDoesNotMakeDirty();
     void initMakesClean();
     void effectWithoutNestedOnesDeletesAChild();
-    void saveKeepsUnchangedVerbatimText();
 
     void inSortInsertsBehindEquals();
     void sortIsStable();
@@ -590,26 +589,6 @@ void tst_Framework::effectWithoutNestedOnesDeletesAChild()
     QCOMPARE(log, QStringList{"child deleted"});
     parent.addChild(nullptr);
     QVERIFY(!EffectHost::holdsEffects(parent));
-}
-
-void tst_Framework::saveKeepsUnchangedVerbatimText()
-{
-    const auto saved = [](Effect &effect) {
-        QString text;
-        QTextStream stream(&text);
-        effect.save(stream);
-        stream.flush();
-        return text;
-    };
-    Probe effect;
-    effect.with("type", "Unknown");
-    EffectHost::setVerbatim(effect, QStringLiteral("<effect type='Unknown'/>\n"));
-    QCOMPARE(saved(effect).trimmed(), QStringLiteral("<effect type='Unknown'/>"));
-    effect.with("type", "Unknown");
-    QCOMPARE(saved(effect).trimmed(), QStringLiteral("<effect type='Unknown'/>"));
-    effect.with("name", "Door");
-    QVERIFY(saved(effect).contains(QStringLiteral("<property key=\"name\">Door</property>")));
-    QVERIFY(!saved(effect).contains(QStringLiteral("<effect type='Unknown'/>")));
 }
 
 // --- Effect list ---
