@@ -139,9 +139,8 @@ void legalityNoneLegal(benchmark::State &state)
 {
     Chain chain(static_cast<int>(state.range(0)));
     meta::LinkLegality legality(chain.roster, chain.byEid);
-    bench::measure(state, "R1", [&] {
-        benchmark::DoNotOptimize(legality.legalTargets(chain.first()).count());
-    });
+    bench::measure(state, "R1",
+                   [&] { benchmark::DoNotOptimize(legality.legalTargets(chain.first()).count()); });
 }
 
 // The last child of the chain: everybody may.
@@ -149,9 +148,8 @@ void legalityAllLegal(benchmark::State &state)
 {
     Chain chain(static_cast<int>(state.range(0)));
     meta::LinkLegality legality(chain.roster, chain.byEid);
-    bench::measure(state, "R1", [&] {
-        benchmark::DoNotOptimize(legality.legalTargets(chain.last()).count());
-    });
+    bench::measure(state, "R1",
+                   [&] { benchmark::DoNotOptimize(legality.legalTargets(chain.last()).count()); });
 }
 
 } // namespace

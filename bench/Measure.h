@@ -34,7 +34,8 @@ double timeItems(benchmark::State &state, Loop loop)
         static_cast<void>(iteration);
         loop();
     }
-    const double perItem = (cpuTime() - start) / double(state.iterations()) / double(state.range(0));
+    const double perItem =
+        (cpuTime() - start) / double(state.iterations()) / double(state.range(0));
     state.counters["ns/item"] = perItem;
     return perItem;
 }

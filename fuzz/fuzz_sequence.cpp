@@ -30,8 +30,8 @@ QString timesOf(const Show &show)
 {
     QString times;
     for (const Effect *effect : show.loadedEffects())
-        times += effect->getPropertyString(QStringLiteral("begin")) + u' ' +
-                 effect->getPropertyString(QStringLiteral("end")) + u'\n';
+        times += effect->getPropertyString(QStringLiteral("begin")) + u' '
+                 + effect->getPropertyString(QStringLiteral("end")) + u'\n';
     return times;
 }
 

@@ -107,14 +107,14 @@ signals:
     void cycleTimeChanged(unsigned long cycleTime);
 
 protected:
-    quint32 m_beginTime = 0;   ///< ms from the start of the parent effect
-    quint32 m_endTime = 0;     ///< ms from the start of the parent effect
-    quint32 m_fadeInTime = 0;  ///< ms
-    quint32 m_fadeOutTime = 0; ///< ms
-    double m_transparency = 0; ///< this effect's own: 0.0 opaque ... 1.0 invisible
-    int m_priority = 0;        ///< this effect's own, on the host's scale
-    int m_level = 0;           ///< nesting depth
-    QTime m_frameTime{0, 0};   ///< time of day of the frame being rendered
+    quint32 m_beginTime = 0;      ///< ms from the start of the parent effect
+    quint32 m_endTime = 0;        ///< ms from the start of the parent effect
+    quint32 m_fadeInTime = 0;     ///< ms
+    quint32 m_fadeOutTime = 0;    ///< ms
+    double m_transparency = 0;    ///< this effect's own: 0.0 opaque ... 1.0 invisible
+    int m_priority = 0;           ///< this effect's own, on the host's scale
+    int m_level = 0;              ///< nesting depth
+    QTime m_frameTime{0, 0};      ///< time of day of the frame being rendered
     unsigned long m_frameArg = 0; ///< second argument of the frame call; for children, unchanged
     bool m_dirty = false;         ///< content changed since init()
     bool m_holdsEffects = false;  ///< true for an effect that takes nested effects

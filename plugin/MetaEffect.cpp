@@ -66,9 +66,9 @@ int MetaEffect::getBuildNumber()
 bool MetaEffect::isDirty()
 {
     const EffectList children = m_roster.children();
-    return m_dirty
-           || std::any_of(children.begin(), children.end(),
-                          [](Effect *child) { return child->isDirty(); });
+    return m_dirty || std::any_of(children.begin(), children.end(), [](Effect *child) {
+               return child->isDirty();
+           });
 }
 
 void MetaEffect::resetStartTime()

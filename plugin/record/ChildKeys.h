@@ -78,27 +78,27 @@ constexpr quint32 cycles = 2; ///< ends only
 /// The keys of one of a child's two rules, and of the time that the rule gives.
 struct RuleKeys
 {
-    UnsignedKey type;      ///< a code of namespace rule
-    TimeKey fixedTime;     ///< start: ms from the parent's start; end: a duration from "begin"
-    UnsignedKey linkEid;   ///< eid of the child linked to
-    FlagKey linkStart;     ///< true: the target's begin; false: its end
-    OffsetKey linkOffset;  ///< signed ms
-    TimeKey resolved;      ///< ms from the parent's start
+    UnsignedKey type;     ///< a code of namespace rule
+    TimeKey fixedTime;    ///< start: ms from the parent's start; end: a duration from "begin"
+    UnsignedKey linkEid;  ///< eid of the child linked to
+    FlagKey linkStart;    ///< true: the target's begin; false: its end
+    OffsetKey linkOffset; ///< signed ms
+    TimeKey resolved;     ///< ms from the parent's start
 };
 
 namespace keys {
 
 // In the order in which a child's settings are listed everywhere; the value of a new child behind.
-inline const UnsignedKey eid{"eid"};              // identifier within one parent; the parent's next
-inline const TextKey name{"name"};                // free text; "Effect " and a number
-inline const TextKey type{"type"};                // an effect type's name; set by the host
-inline const UnsignedKey gid{"gid"};              // uid of a light group, 0 for none; picked
-inline const UnsignedKey priority{"priority"};    // the host's scale and default
+inline const UnsignedKey eid{"eid"};           // identifier within one parent; the parent's next
+inline const TextKey name{"name"};             // free text; "Effect " and a number
+inline const TextKey type{"type"};             // an effect type's name; set by the host
+inline const UnsignedKey gid{"gid"};           // uid of a light group, 0 for none; picked
+inline const UnsignedKey priority{"priority"}; // the host's scale and default
 inline const TextKey transparency{"transparency"}; // 0.0 opaque ... 1.0 invisible; host's default
-inline const TimeKey begin{"begin"};              // ms from the parent's start; resolved
-inline const TimeKey end{"end"};                  // ms from the parent's start; resolved
-inline const TimeKey fadeIn{"fadein"};            // ms; host's default
-inline const TimeKey fadeOut{"fadeout"};          // ms; host's default
+inline const TimeKey begin{"begin"};               // ms from the parent's start; resolved
+inline const TimeKey end{"end"};                   // ms from the parent's start; resolved
+inline const TimeKey fadeIn{"fadein"};             // ms; host's default
+inline const TimeKey fadeOut{"fadeout"};           // ms; host's default
 
 /// "starttype" "0", "startfixedtime" "0"; the link's keys have no value in a new child.
 inline const RuleKeys startRule{UnsignedKey{"starttype"},     TimeKey{"startfixedtime"},

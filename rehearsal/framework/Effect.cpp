@@ -166,8 +166,8 @@ void Effect::addPropertyDouble(const QString &key, double defaultValue, double *
 void Effect::save(QTextStream &stream)
 {
     if (!m_hostPart->verbatim.isEmpty()) {
-        const std::vector<PropertyStore::Property> changed = rehearsal::changedSince(
-            m_hostPart->verbatimProperties, m_hostPart->store.properties());
+        const std::vector<PropertyStore::Property> changed =
+            rehearsal::changedSince(m_hostPart->verbatimProperties, m_hostPart->store.properties());
         stream << QString(rehearsal::effectIndentation(m_level), u' ')
                << m_hostPart->verbatim.with(changed, m_level) << '\n';
         return;

@@ -139,9 +139,9 @@ Effect *EffectFactory::makePlaceholder(const EffectText &text, QStringView sourc
 
 void EffectFactory::noteUnknown(const EffectText &text, BuildLog &log) const
 {
-    const bool isNoted = std::any_of(
-        log.unknownTypes.begin(), log.unknownTypes.end(),
-        [&text](const auto &unknown) { return unknown.first == text.identity.type; });
+    const bool isNoted =
+        std::any_of(log.unknownTypes.begin(), log.unknownTypes.end(),
+                    [&text](const auto &unknown) { return unknown.first == text.identity.type; });
     if (!isNoted && !knows(text.identity.type))
         log.unknownTypes.emplace_back(text.identity.type, text.line);
     for (const EffectText &nested : text.nested)

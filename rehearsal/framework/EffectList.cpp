@@ -25,9 +25,9 @@ EffectList::~EffectList()
 // This host sorts by priority, lowest first.
 void EffectList::inSort(Effect *effect)
 {
-    const auto place =
-        std::upper_bound(m_effects.cbegin(), m_effects.cend(), effect,
-                         [](const Effect *a, const Effect *b) { return a->m_priority < b->m_priority; });
+    const auto place = std::upper_bound(
+        m_effects.cbegin(), m_effects.cend(), effect,
+        [](const Effect *a, const Effect *b) { return a->m_priority < b->m_priority; });
     m_effects.insert(place, effect);
 }
 

@@ -71,29 +71,14 @@ void appendEscaped(QString &out, QStringView text, bool isAttribute)
 {
     for (const QChar c : text) {
         switch (c.unicode()) {
-        case u'&':
-            out += u"&amp;";
-            break;
-        case u'<':
-            out += u"&lt;";
-            break;
-        case u'>':
-            out += u"&gt;";
-            break;
-        case u'\r':
-            out += u"&#13;";
-            break;
-        case u'"':
-            out += isAttribute ? QStringView(u"&quot;") : QStringView(u"\"");
-            break;
-        case u'\n':
-            out += isAttribute ? QStringView(u"&#10;") : QStringView(u"\n");
-            break;
-        case u'\t':
-            out += isAttribute ? QStringView(u"&#9;") : QStringView(u"\t");
-            break;
-        default:
-            out += c;
+        case u'&': out += u"&amp;"; break;
+        case u'<': out += u"&lt;"; break;
+        case u'>': out += u"&gt;"; break;
+        case u'\r': out += u"&#13;"; break;
+        case u'"': out += isAttribute ? QStringView(u"&quot;") : QStringView(u"\""); break;
+        case u'\n': out += isAttribute ? QStringView(u"&#10;") : QStringView(u"\n"); break;
+        case u'\t': out += isAttribute ? QStringView(u"&#9;") : QStringView(u"\t"); break;
+        default: out += c;
         }
     }
 }

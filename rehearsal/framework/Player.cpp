@@ -7,7 +7,9 @@
 
 namespace rehearsal {
 
-Player::Player(StageMap &map, QList<Effect *> effects) : m_map(map), m_effects(std::move(effects)) {}
+Player::Player(StageMap &map, QList<Effect *> effects) : m_map(map), m_effects(std::move(effects))
+{
+}
 
 void Player::start()
 {
@@ -43,8 +45,8 @@ quint32 Player::length() const
     for (Effect *effect : m_effects) {
         const quint32 begin = effect->beginTime();
         const quint32 end = effect->endTime();
-        length = std::max(length, end > begin ? end - begin
-                                              : static_cast<quint32>(effect->getCycleTime()));
+        length = std::max(length,
+                          end > begin ? end - begin : static_cast<quint32>(effect->getCycleTime()));
     }
     return length;
 }

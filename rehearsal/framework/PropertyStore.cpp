@@ -11,14 +11,18 @@ namespace {
 // Keys that are found without comparing texts. The first six are those that every effect has.
 constexpr int countOfEveryEffect = 6;
 constexpr std::array<std::u16string_view, 36> wellKnownKeys{
-    u"priority",     u"transparency",  u"begin",           u"end",           u"fadein",
-    u"fadeout",      u"type",          u"name",            u"eid",           u"gid",
-    u"starttype",    u"startfixedtime", u"startlinkeid",   u"startlinkstart", u"startlinkoffset",
-    u"endtype",      u"endfixedtime",  u"endlinkeid",      u"endlinkstart",  u"endlinkoffset",
-    u"endcyclecount", u"cycletime",    u"level",           u"from",          u"to",
-    u"width",        u"low",           u"high",            u"duty",          u"seed",
-    u"density",      u"loop",          u"brightness",      u"caption",       u"comment",
-    u"colour"};
+    u"priority",     u"transparency",   u"begin",
+    u"end",          u"fadein",         u"fadeout",
+    u"type",         u"name",           u"eid",
+    u"gid",          u"starttype",      u"startfixedtime",
+    u"startlinkeid", u"startlinkstart", u"startlinkoffset",
+    u"endtype",      u"endfixedtime",   u"endlinkeid",
+    u"endlinkstart", u"endlinkoffset",  u"endcyclecount",
+    u"cycletime",    u"level",          u"from",
+    u"to",           u"width",          u"low",
+    u"high",         u"duty",           u"seed",
+    u"density",      u"loop",           u"brightness",
+    u"caption",      u"comment",        u"colour"};
 
 constexpr std::size_t tableSize = 256;
 
@@ -95,8 +99,7 @@ double readReal(const QString &text, bool *ok)
 void assign(const PropertyStore::Variable &variable, const QString &text)
 {
     bool ok = false;
-    std::visit(Overloaded{[](std::monostate) {},
-                          [&](bool *flag) { *flag = readFlag(text, &ok); },
+    std::visit(Overloaded{[](std::monostate) {}, [&](bool *flag) { *flag = readFlag(text, &ok); },
                           [&](double *real) { *real = readReal(text, &ok); },
                           [&](quint32 *number) { *number = text.toUInt(&ok); },
                           [&](qint32 *number) {

@@ -90,7 +90,8 @@ private:
     // asked for.
     struct Reading
     {
-        mutable union {
+        mutable union
+        {
             quint32 number;
             double real;
         } value{};

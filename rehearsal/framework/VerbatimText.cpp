@@ -43,13 +43,14 @@ QString VerbatimText::with(const std::vector<PropertyStore::Property> &changed, 
     const bool isClosed = startTag.endsWith(u"/>");
     if (isClosed && !added.isEmpty()) {
         return startTag.chopped(2).toString() + u'>' + added + u'\n'
-            + QString(effectIndentation(level), u' ') + QStringLiteral("</effect>");
+               + QString(effectIndentation(level), u' ') + QStringLiteral("</effect>");
     }
     text = startTag.toString() + added;
     for (const Piece &piece : m_properties) {
-        const auto found = std::find_if(
-            changed.begin(), changed.end(),
-            [&piece](const PropertyStore::Property &property) { return property.key == piece.key; });
+        const auto found = std::find_if(changed.begin(), changed.end(),
+                                        [&piece](const PropertyStore::Property &property) {
+                                            return property.key == piece.key;
+                                        });
         if (found == changed.end())
             continue;
         text += QStringView(m_text).mid(done, piece.start - done);
@@ -60,8 +61,9 @@ QString VerbatimText::with(const std::vector<PropertyStore::Property> &changed, 
     return text;
 }
 
-std::vector<PropertyStore::Property> changedSince(const std::vector<PropertyStore::Property> &before,
-                                                  const std::vector<PropertyStore::Property> &now)
+std::vector<PropertyStore::Property>
+changedSince(const std::vector<PropertyStore::Property> &before,
+             const std::vector<PropertyStore::Property> &now)
 {
     QHash<QString, QString> texts;
     for (const PropertyStore::Property &property : before)

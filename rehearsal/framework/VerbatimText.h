@@ -31,7 +31,8 @@ private:
 };
 
 /// The properties of `now` that are not in `before` with the same text.
-std::vector<PropertyStore::Property> changedSince(const std::vector<PropertyStore::Property> &before,
-                                                  const std::vector<PropertyStore::Property> &now);
+std::vector<PropertyStore::Property>
+changedSince(const std::vector<PropertyStore::Property> &before,
+             const std::vector<PropertyStore::Property> &now);
 
 } // namespace rehearsal
