@@ -99,7 +99,7 @@ public:
             keys::startRule.linkEid.write(*child, static_cast<quint32>(i - 1));
             keys::startRule.linkOffset.writeText(*child, QString::number(i % 7));
             keys::endRule.fixedTime.write(*child, meta::Millis(quint32{10}));
-            roster.add(child);
+            roster.insert(child);
         }
     }
 

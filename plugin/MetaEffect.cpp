@@ -126,9 +126,10 @@ void MetaEffect::addChild(Effect *child)
 {
     if (!child)
         return;
-    m_roster.add(child);
+    m_roster.insert(child);
     connect(child, &Effect::cycleTimeChanged, this, &MetaEffect::handleCycleTimeChanged);
     child->setLevel(m_level + 1);
+    m_roster.raiseNextEid(*child);
 }
 
 void MetaEffect::initChildren()

@@ -9,10 +9,9 @@ ChildRoster::~ChildRoster()
     m_children.setAutoDelete(true);
 }
 
-void ChildRoster::add(Effect *child)
+void ChildRoster::raiseNextEid(const Effect &child)
 {
-    m_children.inSort(child);
-    const quint32 eid = keys::eid.read(*child);
+    const quint32 eid = keys::eid.read(child);
     if (eid >= m_nextEid)
         m_nextEid = eid + 1;
 }

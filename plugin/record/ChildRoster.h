@@ -26,9 +26,10 @@ public:
     const EffectList &children() const { return m_children; }
     EffectList &selection() { return m_selection; }
 
-    /// Takes the child in at its place and raises the next eid past the child's. An eid of 4294967295
-    /// makes the next one 0.
-    void add(Effect *child);
+    /// Takes the child in at its place.
+    void insert(Effect *child) { m_children.inSort(child); }
+    /// Raises the next eid past the child's. An eid of 4294967295 makes the next one 0.
+    void raiseNextEid(const Effect &child);
     /// Forgets the child, selected or not; it is the caller's then.
     void remove(const Effect *child);
     void sort() { m_children.sort(); }

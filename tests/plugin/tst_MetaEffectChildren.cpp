@@ -6,6 +6,33 @@
 
 #include <optional>
 
+namespace {
+
+/// Notes where it stands when its level is set, starts a pass and takes another eid at that moment.
+class OrderProbe : public StubEffect
+{
+public:
+    OrderProbe(MetaStage &stage, quint32 eid) : StubEffect(&stage.map, eid), m_stage(stage) {}
+
+    void setLevel(int newLevel) override
+    {
+        StubEffect::setLevel(newLevel);
+        isListedBeforeLevel = m_stage.effect.getEffects().contains(this);
+        with("startfixedtime", 700.0);
+        emit cycleTimeChanged(0);
+        isConnectedBeforeLevel = text("begin") == u"700";
+        with("eid", 40.0);
+    }
+
+    bool isListedBeforeLevel = false;
+    bool isConnectedBeforeLevel = false;
+
+private:
+    MetaStage &m_stage;
+};
+
+} // namespace
+
 class tst_MetaEffectChildren : public QObject
 {
     Q_OBJECT
@@ -17,6 +44,7 @@ private slots:
     void addedChildStandsInTheHostsOrder();
     void addedChildRaisesTheNextEid_data();
     void addedChildRaisesTheNextEid();
+    void addingListsConnectsSetsTheLevelAndThenReadsTheEid();
     void addingNullChangesNothing();
     void addingAChildLeavesEndAndDirtyFlagAlone();
 
@@ -93,6 +121,20 @@ void tst_MetaEffectChildren::addedChildRaisesTheNextEid()
     }
 
     QCOMPARE(given, next);
+}
+
+void tst_MetaEffectChildren::addingListsConnectsSetsTheLevelAndThenReadsTheEid()
+{
+    MetaStage stage;
+    auto *child = new OrderProbe(stage, 3);
+    stage.effect.addChild(child);
+
+    QVERIFY(child->isListedBeforeLevel);
+    QVERIFY(child->isConnectedBeforeLevel);
+    StubEffect copied(&stage.map);
+    QString text = savedText(copied);
+    stage.effect.pasteEffect(text);
+    QCOMPARE(stage.eids(), QStringList({"40", "41"}));
 }
 
 void tst_MetaEffectChildren::addingNullChangesNothing()

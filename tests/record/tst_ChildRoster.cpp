@@ -15,7 +15,8 @@ StubEffect *addTo(ChildRoster &roster, quint32 eid, int priority = 0)
 {
     auto *child = new StubEffect(nullptr, eid);
     child->with("priority", priority);
-    roster.add(child);
+    roster.insert(child);
+    roster.raiseNextEid(*child);
     return child;
 }
 
@@ -141,7 +142,8 @@ void tst_ChildRoster::aChildWithoutAnEidCountsAsEidZero()
 {
     ChildRoster roster;
     auto *child = new Effect(nullptr, 0);
-    roster.add(child);
+    roster.insert(child);
+    roster.raiseNextEid(*child);
     QCOMPARE(roster.nextEid(), 1u);
     QCOMPARE(roster.find(0), child);
 }

@@ -165,7 +165,7 @@ void tst_TimeResolverLinks::aChildWithoutAnEidHasEidZero()
     ResolverScene scene;
     auto *bare = new Effect(nullptr, 0);
     bare->setProperty("startfixedtime", "40");
-    scene.roster.add(bare);
+    scene.roster.insert(bare);
     StubEffect &child = scene.add(1, toStartOf(0, 2));
     const QStringList transcript{
         "MetaEffect::updateEffectTimes()", "    Next Effect",
@@ -202,7 +202,7 @@ void tst_TimeResolverLinks::theEndRuleIsEvaluatedAgainAfterABrokenStartLink()
     ResolverScene scene;
     auto *child = new CountedCycle(nullptr, 1);
     child->with("starttype", 1).with("startlinkeid", 9).with("endtype", 2).with("endcyclecount", 2);
-    scene.roster.add(child);
+    scene.roster.insert(child);
     scene.pass();
     QCOMPARE(child->questions, 2);
     QCOMPARE(child->text("end"), "2000");

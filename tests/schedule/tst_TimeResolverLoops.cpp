@@ -322,7 +322,7 @@ void tst_TimeResolverLoops::aChildMayStartAPassFromWithinAPass()
         if (key == u"begin")
             scene.resolver.resolveAll();
     };
-    scene.roster.add(restless);
+    scene.roster.insert(restless);
     scene.add(2, toEndOf(1, 5), fixed(10));
     const QStringList transcript{
         "MetaEffect::updateEffectTimes()",
@@ -352,7 +352,7 @@ void tst_TimeResolverLoops::aNewCycleTimeWithinAPassCountsAtOnce()
             restless->setCycleTime(restless->beginTime() / 10);
     };
     connect(restless, &Effect::cycleTimeChanged, this, [&] { scene.resolver.resolveAll(); });
-    scene.roster.add(restless);
+    scene.roster.insert(restless);
     scene.add(3, toEndOf(2, 5), fixed(10));
     scene.add(1, fixed(100), fixed(300));
     scene.pass();
@@ -368,7 +368,7 @@ void tst_TimeResolverLoops::aChildMayResolveItselfFromWithinAPass()
     auto *restless = new Restless(nullptr, 1);
     restless->with("startfixedtime", 100).with("endfixedtime", 10);
     restless->onChange = [&](const QString &) { scene.resolver.resolve(restless); };
-    scene.roster.add(restless);
+    scene.roster.insert(restless);
     const QStringList transcript{
         "MetaEffect::updateEffectTimes()",
         "    Next Effect",
@@ -391,7 +391,7 @@ void tst_TimeResolverLoops::aChildMayEmptyTheDictionaryFromWithinAPass()
         if (key == u"begin")
             scene.dictionary.clear();
     };
-    scene.roster.add(restless);
+    scene.roster.insert(restless);
     scene.add(3, toStartOf(1, 5));
     const QStringList transcript{
         "MetaEffect::updateEffectTimes()",
@@ -431,7 +431,7 @@ void tst_TimeResolverLoops::aLoopThatStirsItselfEnds()
             else
                 scene.resolver.resolve(restless);
         };
-        scene.roster.add(restless);
+        scene.roster.insert(restless);
     }
     expectLoopAt(1);
     scene.pass();
@@ -450,7 +450,7 @@ void tst_TimeResolverLoops::aLoopWithinAPassWithinAPassIsReportedByBoth()
         if (key == u"begin")
             scene.resolver.resolveAll();
     };
-    scene.roster.add(restless);
+    scene.roster.insert(restless);
     scene.add(2, toStartOf(2, 10));
     expectLoopAt(2); // the inner pass resolves everything, so the outer meets no loop
     scene.pass();

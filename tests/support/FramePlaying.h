@@ -32,7 +32,7 @@ public:
     {
         auto *child = new StubEffect(&map, eid);
         child->with("begin", begin).with("end", end);
-        roster.add(child);
+        roster.insert(child);
         return child;
     }
 

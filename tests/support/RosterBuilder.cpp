@@ -47,7 +47,7 @@ StubEffect &RosterBuilder::add(quint32 eid, const Rule &start, const Rule &end)
     for (const auto &[key, text] : end)
         child->setProperty(QStringLiteral("end") + key, text);
     child->changes.clear();
-    roster.add(child);
+    roster.insert(child);
     return *child;
 }
 
