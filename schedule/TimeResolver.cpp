@@ -137,7 +137,7 @@ void TimeResolver::followLink(Pass &pass, const RuleKeys &rule, const char *rule
 void TimeResolver::takeTargetTime(const RuleKeys &rule, Effect &child, const Effect &target)
 {
     const TimeKey &side = rule.linkStart.read(child) ? keys::begin : keys::end;
-    const double time = rule.linkOffset.read(child) + side.read(target).toDouble();
+    const double time = rule.linkOffset.read(child).toDouble() + side.read(target).toDouble();
     rule.resolved.write(child, Millis::fromDoubleSaturating(time));
 }
 

@@ -2,6 +2,7 @@
 
 #include "Effect.h"
 #include "Millis.h"
+#include "Offset.h"
 
 #include <QString>
 
@@ -57,15 +58,20 @@ public:
     using TextKey::TextKey;
 
     bool read(const Effect &effect) const { return effect.getPropertyBool(name()); }
+    void write(Effect &effect, bool value) const
+    {
+        writeText(effect, value ? QStringLiteral("1") : QStringLiteral("0"));
+    }
 };
 
-/// Signed milliseconds, not always whole.
+/// Signed milliseconds, not always whole, stored in six significant digits.
 class OffsetKey : public TextKey
 {
 public:
     using TextKey::TextKey;
 
-    double read(const Effect &effect) const { return effect.getPropertyDouble(name()); }
+    Offset read(const Effect &effect) const { return Offset(effect.getPropertyDouble(name())); }
+    void write(Effect &effect, Offset offset) const { writeText(effect, offset.storedText()); }
 };
 
 /// What "starttype" and "endtype" say. Other codes occur in files; they leave a time as it is.

@@ -20,6 +20,8 @@ void ChildRoster::remove(const Effect *child)
 {
     m_children.remove(child);
     m_selection.remove(child);
+    m_startLinkCandidates.clear();
+    m_endLinkCandidates.clear();
 }
 
 Effect *ChildRoster::find(quint32 eid) const

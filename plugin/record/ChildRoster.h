@@ -13,7 +13,8 @@ namespace meta {
 /// passes, the memory of the link test; each empties it before it starts.
 using ChildrenByEid = QHash<quint32, Effect *>;
 
-/// The children of one meta effect, which of them are selected, and the numbers for the next one.
+/// The children of one meta effect, which of them are selected or offered as link targets, and the
+/// numbers for the next one.
 /// The children are owned from the roster's destruction on: it deletes them.
 class ChildRoster
 {
@@ -25,12 +26,17 @@ public:
     /// In the host's order.
     const EffectList &children() const { return m_children; }
     EffectList &selection() { return m_selection; }
+    /// The children that the choosers of link targets offer: entry i of a list is the child shown as
+    /// item i.
+    EffectList &startLinkCandidates() { return m_startLinkCandidates; }
+    EffectList &endLinkCandidates() { return m_endLinkCandidates; }
 
     /// Takes the child in at its place.
     void insert(Effect *child) { m_children.inSort(child); }
     /// Raises the next eid past the child's. An eid of 4294967295 makes the next one 0.
     void raiseNextEid(const Effect &child);
-    /// Forgets the child, selected or not; it is the caller's then.
+    /// Forgets the child, selected or not; it is the caller's then. What the choosers offer is
+    /// forgotten with it, because its place among the items is gone.
     void remove(const Effect *child);
     void sort() { m_children.sort(); }
 
@@ -45,6 +51,8 @@ public:
 private:
     EffectList m_children;
     EffectList m_selection;
+    EffectList m_startLinkCandidates;
+    EffectList m_endLinkCandidates;
     quint32 m_nextEid = 0;
     quint32 m_nextNameNumber = 1;
 };

@@ -116,8 +116,10 @@ private slots:
     void numbersAreReadLeniently();
     void flagsAreRead_data();
     void flagsAreRead();
+    void flagsAreWritten();
     void offsetsAreRead_data();
     void offsetsAreRead();
+    void offsetsAreWrittenInSixDigits();
     void textIsKeptAsItIs();
     void aWriteTouchesItsOwnKeyOnly();
 };
@@ -177,7 +179,7 @@ void tst_ChildKeys::aFreshEffectReadsAsNothing()
     for (const RuleKeys *rule : {&keys::startRule, &keys::endRule}) {
         bool isThere = true;
         QVERIFY(!rule->linkStart.read(effect));
-        QCOMPARE(rule->linkOffset.read(effect), 0.0);
+        QCOMPARE(rule->linkOffset.read(effect).toDouble(), 0.0);
         rule->type.read(effect, &isThere);
         QVERIFY(!isThere);
         isThere = true;
@@ -283,6 +285,15 @@ void tst_ChildKeys::flagsAreRead()
     }
 }
 
+void tst_ChildKeys::flagsAreWritten()
+{
+    StubEffect effect;
+    keys::startRule.linkStart.write(effect, true);
+    QCOMPARE(effect.text("startlinkstart"), QString("1"));
+    keys::startRule.linkStart.write(effect, false);
+    QCOMPARE(effect.text("startlinkstart"), QString("0"));
+}
+
 void tst_ChildKeys::offsetsAreRead_data()
 {
     QTest::addColumn<QString>("text");
@@ -306,10 +317,17 @@ void tst_ChildKeys::offsetsAreRead()
     StubEffect effect;
     for (const OffsetKey *key : {&keys::startRule.linkOffset, &keys::endRule.linkOffset}) {
         key->writeText(effect, text);
-        QVERIFY(key->read(effect) == offset);
+        QVERIFY(key->read(effect).toDouble() == offset);
         key->writeText(effect, "nan");
-        QVERIFY(std::isnan(key->read(effect)));
+        QVERIFY(std::isnan(key->read(effect).toDouble()));
     }
+}
+
+void tst_ChildKeys::offsetsAreWrittenInSixDigits()
+{
+    StubEffect effect;
+    keys::endRule.linkOffset.write(effect, meta::Offset(-1234567.8));
+    QCOMPARE(effect.text("endlinkoffset"), QString("-1.23457e+06"));
 }
 
 void tst_ChildKeys::textIsKeptAsItIs()

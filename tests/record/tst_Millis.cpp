@@ -46,6 +46,7 @@ private slots:
     void isStoredInDecimal();
     void isShownInSecondsOfSixDigits_data();
     void isShownInSecondsOfSixDigits();
+    void everyTimeBelowAThousandSecondsIsShownAsItsNumberIs();
 };
 
 void tst_Millis::init()
@@ -223,6 +224,15 @@ void tst_Millis::isShownInSecondsOfSixDigits()
 {
     QFETCH(const quint32, ms);
     QTEST(Millis(ms).secondsText(), "text");
+}
+
+void tst_Millis::everyTimeBelowAThousandSecondsIsShownAsItsNumberIs()
+{
+    for (quint32 ms = 0; ms < 1001000; ++ms) {
+        const QString expected = QString::number(double(ms) / 1000.0, 'g', 6);
+        if (Millis(ms).secondsText() != expected)
+            QCOMPARE(Millis(ms).secondsText(), expected);
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Millis)
