@@ -18,7 +18,7 @@ set(rooms
     "^editor/([^/]+|toolkit/[^/]+)$"                            plugin     3      any
     "^grouppicker/[^/]+$"                                       plugin     3      any
     "^dialogs/[^/]+$"                                           plugin     3      any
-    "^plugin/(MetaEffect|CreateEffect)[.][^/]+$"                plugin     4      any
+    "^plugin/(MetaEffect|MetaEffectEditor|CreateEffect)[.][^/]+$"                plugin     4      any
     "^rehearsal/framework/[^/]+$"                               rehearsal  1      core
     "^rehearsal/effects/[^/]+$"                                 rehearsal  2      core
     "^rehearsal/show/[^/]+$"                                    rehearsal  3      core

@@ -3,7 +3,7 @@
 #include <QString>
 
 /// How the lights of a group act together. A host may hand out further values.
-enum GroupTypeEnum {
+enum GroupTypeEnum : int {
     ChasingGroup = 1,      ///< the lights run in the group's order
     SynchronizedGroup = 2, ///< all lights show the same
     LeafGroup = 3          ///< one light

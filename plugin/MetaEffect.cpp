@@ -2,6 +2,7 @@
 
 #include "ChildKeys.h"
 #include "ChildTransfer.h"
+#include "Editor.h"
 #include "EffectLib.h"
 #include "Group.h"
 #include "MapModel.h"
@@ -44,6 +45,9 @@ MetaEffect::~MetaEffect()
     // A child that is being deleted must not reach a half-destroyed parent.
     for (Effect *child : m_roster.children())
         child->disconnect(this);
+    const QWidget *form = m_editorWidget;
+    forgetEditor();
+    delete form;
 }
 
 // --- What the host calls ---
@@ -97,12 +101,7 @@ void MetaEffect::internalUpdateLights()
 {
     m_renderer.render(*this,
                       {m_frameTime, m_frameArg, m_transparency, m_priority, loop, brightness},
-                      m_lights, nullptr);
-}
-
-QWidget *MetaEffect::internalGetEffectWidget()
-{
-    return m_editorWidget;
+                      m_lights, m_editor.get());
 }
 
 void MetaEffect::internalSave(QTextStream &stream)
@@ -130,6 +129,10 @@ void MetaEffect::addChild(Effect *child)
     connect(child, &Effect::cycleTimeChanged, this, &MetaEffect::handleCycleTimeChanged);
     child->setLevel(m_level + 1);
     m_roster.raiseNextEid(*child);
+    if (m_editor) {
+        m_editor->showNewChild(*child);
+        updateEndTime();
+    }
 }
 
 void MetaEffect::initChildren()
@@ -188,6 +191,7 @@ void MetaEffect::cutEffect(QTextStream &stream)
         removeFromTable(keys::eid.read(*child));
         deleteEffect(child);
     }
+    refreshWidgets();
 }
 
 void MetaEffect::pasteEffect(QString &text)
@@ -210,6 +214,7 @@ void MetaEffect::deleteEffect(Effect *child)
         return;
     m_roster.remove(child);
     delete child;
+    refreshWidgets();
     init();
     m_dirty = true;
 }
@@ -223,6 +228,7 @@ void MetaEffect::handleDeleteSelectedEffectsClicked()
         delete child;
     }
     m_roster.selection().clear();
+    refreshWidgets();
     init();
     m_dirty = true;
 }
@@ -268,6 +274,10 @@ void MetaEffect::handleCycleTimeChanged(unsigned long)
 void MetaEffect::updateEffectTimes()
 {
     m_resolver.resolveAll();
+    if (m_editor)
+        updateEndTime();
+    if (m_editor) // whoever was told of the new end may have closed it
+        m_editor->table().refreshTimes();
 }
 
 void MetaEffect::updateEffectTime(Effect *child)
@@ -294,33 +304,3 @@ meta::Millis MetaEffect::latestEnd() const
         latest = std::max(latest, keys::end.read(*child));
     return latest;
 }
-
-// --- The editor's slots. While there is no editor none of them does anything. ---
-
-void MetaEffect::removeFromTable(unsigned long) {}
-void MetaEffect::handleValueChanged(int, int) {}
-void MetaEffect::handleCurrentChanged(int, int) {}
-void MetaEffect::handleSelectionChanged() {}
-void MetaEffect::handleSharedPropertyChanged(int, int) {}
-void MetaEffect::handleClicked(int, int, int, const QPoint &) {}
-void MetaEffect::handleHeaderClicked(int) {}
-void MetaEffect::handleContextMenuRequested(int, int, const QPoint &) {}
-void MetaEffect::handleNewEffectClicked() {}
-void MetaEffect::changeEffectType(Effect *, const QString &) {}
-void MetaEffect::startFixedToggled(bool) {}
-void MetaEffect::startLinkedToggled(bool) {}
-void MetaEffect::startFixedTimeChanged(const QString &) {}
-void MetaEffect::startLinkStartToggled(bool) {}
-void MetaEffect::startLinkEndToggled(bool) {}
-void MetaEffect::startLinkEffectActivated(int) {}
-void MetaEffect::startLinkOffsetChanged(const QString &) {}
-void MetaEffect::endFixedToggled(bool) {}
-void MetaEffect::endLinkedToggled(bool) {}
-void MetaEffect::endCyclesToggled(bool) {}
-void MetaEffect::endFixedTimeChanged(const QString &) {}
-void MetaEffect::endLinkStartToggled(bool) {}
-void MetaEffect::endLinkEndToggled(bool) {}
-void MetaEffect::endLinkEffectActivated(int) {}
-void MetaEffect::endLinkOffsetChanged(const QString &) {}
-void MetaEffect::endCyclesChanged(int) {}
-void MetaEffect::resizeTable() {}

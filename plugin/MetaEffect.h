@@ -1,23 +1,29 @@
 #pragma once
 
 #include "ChildRoster.h"
+#include "EditorContext.h"
 #include "Effect.h"
 #include "FrameRenderer.h"
 #include "LinkLegality.h"
 #include "Millis.h"
 #include "TimeResolver.h"
 
+#include <memory>
 #include <vector>
 
 class Group;
 class Light;
 class QPoint;
 
+namespace meta {
+class Editor;
+}
+
 /// A composite effect: it holds child effects of any type, each on its own light group, gives each
 /// its begin and end, plays and blends them, and lasts as long as the last of them.
 ///
 /// The children are owned. Times are ms from the meta effect's own start.
-class MetaEffect : public Effect
+class MetaEffect : public Effect, private meta::EditorPort
 {
     Q_OBJECT
 
@@ -58,7 +64,7 @@ public:
     EffectList getEffects() const;
     /// The uid of the first group of that name; 0 for "None", even if a group is called so, and for
     /// a name that no group has.
-    unsigned long getGID(const QString &name) const;
+    unsigned long getGID(const QString &name) const override;
     /// Whether `edited` may take `candidate` as a link target; see LinkLegality.
     bool legalToLink(Effect *edited, Effect *candidate);
 
@@ -71,6 +77,27 @@ public:
     /// Adds a child for every readable piece of the text, under a new eid and a new name, and
     /// resolves all times. Unreadable pieces are skipped. Links keep the eids they have.
     void pasteEffect(QString &text);
+
+    // --- The editor. While it is not open, these do nothing. ---
+
+    /// Fills a row of the table from the child. Null is ignored.
+    void addToWidget(Effect *child, int row);
+    /// The row of the child with that eid; -1 if there is none.
+    int getRow(unsigned long eid) override;
+    /// Makes all rows anew.
+    void refreshMetaWidget();
+    /// Shows the parameters and times of the selected child; blanks them when none or several are
+    /// selected, and in the latter case empties the selection.
+    void refreshWidgets() override;
+    /// Fills one group of the time panel from the child. Null is ignored.
+    void refreshStartTimeEditor(Effect *child);
+    void refreshEndTimeEditor(Effect *child);
+    /// Enables those widgets of the time panel that belong to one rule.
+    void refreshStartFixed();
+    void refreshStartLinked();
+    void refreshEndFixed();
+    void refreshEndLinked();
+    void refreshEndCycles();
 
 public slots:
     // The order of the slots is part of the interface.
@@ -90,7 +117,7 @@ public slots:
     void handleContextMenuRequested(int row, int column, const QPoint &pos);
     void handleNewEffectClicked();
     void handleDeleteSelectedEffectsClicked();
-    void changeEffectType(Effect *child, const QString &newType);
+    void changeEffectType(Effect *child, const QString &newType) override;
     void startFixedToggled(bool on);
     void startLinkedToggled(bool on);
     void startFixedTimeChanged(const QString &text);
@@ -108,11 +135,11 @@ public slots:
     void endLinkOffsetChanged(const QString &text);
     void endCyclesChanged(int value);
     /// Recomputes every child's begin and end from its rules.
-    void updateEffectTimes();
+    void updateEffectTimes() override;
     /// Resolves one child within a pass; nothing if it was resolved since the pass began.
     void updateEffectTime(Effect *child);
     /// Recomputes the own end as the latest end among the children and announces a change.
-    void updateEndTime();
+    void updateEndTime() override;
     void resizeTable();
 
 signals:
@@ -121,6 +148,8 @@ signals:
 
 private:
     meta::Millis latestEnd() const;
+    void setDirty(bool dirty) override;
+    void forgetEditor();
 
     bool loop = true;
     double brightness = 1.0;
@@ -131,4 +160,5 @@ private:
     meta::TimeResolver m_resolver{m_roster, m_childrenByEid};
     meta::LinkLegality m_legality{m_roster, m_childrenByEid};
     meta::FrameRenderer m_renderer{m_roster};
+    std::unique_ptr<meta::Editor> m_editor; ///< null while the editor is not open
 };
