@@ -76,6 +76,7 @@ void Editor::showNewChild(Effect &child)
 // The selection is emptied before the widgets are blanked, or the blanks would be written into it.
 void Editor::refreshWidgets()
 {
+    m_panel.finishTyping();
     EffectList &selection = m_context.roster.selection();
     if (selection.count() > 1)
         selection.clear();

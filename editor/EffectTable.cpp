@@ -232,7 +232,7 @@ void EffectTable::refreshTime(int row, int column, const RuleKeys &rule, const E
     if (!picture)
         return;
     const QString text = time.secondsText();
-    if (shown.isKnown || m_table.text(row, column) != text)
+    if (m_table.text(row, column) != text)
         m_table.setText(row, column, text);
     const bool isPictureKnown = shown.isKnown && shown.ruleType == type;
     if (!isPictureKnown && !isSamePicture(m_table.pixmap(row, column), *picture))

@@ -16,8 +16,10 @@ QWidget *MetaEffect::internalGetEffectWidget()
     return m_editorWidget;
 }
 
+// What was selected was so in the table that is gone.
 void MetaEffect::forgetEditor()
 {
+    m_roster.selection().clear();
     m_editor.reset();
     m_editorWidget = nullptr;
 }

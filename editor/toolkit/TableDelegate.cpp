@@ -2,13 +2,16 @@
 
 #include "TableItems.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
 #include <QPointer>
 #include <QTableWidget>
+#include <QToolTip>
 
 namespace meta {
 
@@ -151,6 +154,15 @@ QSize TableDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIn
     return styleOf(option)->sizeFromContents(
         QStyle::CT_ComboBox, &box, option.fontMetrics.size(Qt::TextSingleLine, item->text()),
         option.widget);
+}
+
+bool TableDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view,
+                              const QStyleOptionViewItem &option, const QModelIndex &index)
+{
+    if (event->type() != QEvent::ToolTip || sizeHint(option, index).width() <= option.rect.width())
+        return QStyledItemDelegate::helpEvent(event, view, option, index);
+    QToolTip::showText(event->globalPos(), index.data().toString(), view);
+    return true;
 }
 
 // A chooser outlives the loss of the focus: the slots that its choice calls may open a dialog while

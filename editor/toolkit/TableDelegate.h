@@ -33,6 +33,10 @@ public:
                const QModelIndex &index) const override;
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
 
+    /// A cell that cuts its text short tells the whole of it.
+    bool helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
+                   const QModelIndex &index) override;
+
 signals:
     /// The user gave the cell this text; the cell holds it already.
     void edited(int row, int column) const;

@@ -19,6 +19,7 @@ TableWidget::TableWidget(QWidget *parent) : QTableWidget(parent)
     setSelectionMode(ExtendedSelection);
     setSortingEnabled(false);
     setCornerButtonEnabled(false);
+    setWordWrap(false); // rows have one line
     setEditTriggers(CurrentChanged | DoubleClicked | EditKeyPressed | AnyKeyPressed);
     setItemPrototype(new TableItem(this, TableItem::OnTyping, {}));
     horizontalHeader()->setDefaultSectionSize(100);

@@ -30,7 +30,7 @@ int main(int argc, char **argv)
     auto *form = qobject_cast<MetaWidget *>(show->effects().first()->internalGetEffectWidget());
     if (!form)
         return 1;
-    form->resize(1280, 800);
+    form->resize(1120, 720);
     form->show();
     const bool isShown = QTest::qWaitForWindowExposed(form);
     meta::TableWidget &table = *form->m_effectTable;

@@ -2,11 +2,13 @@
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QLineEdit>
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
+#include <QToolTip>
 
 using meta::ComboTableItem;
 using meta::TableItem;
@@ -272,6 +274,7 @@ private slots:
     // Columns
     void sizesBeforeAnyChange();
     void hiddenColumnOnlyStoresItsWidth();
+    void textCutShortIsToldByAToolTip();
     void adjustColumnFitsTheWidestCell_data();
     void adjustColumnFitsTheWidestCell();
     void adjustColumnFitsTheTitleWithItsIndicator();
@@ -1329,6 +1332,24 @@ void tst_TableWidget::hiddenColumnOnlyStoresItsWidth()
     QCOMPARE(scene.table.columnWidth(Priority), 0);
     scene.table.showColumn(Priority);
     QCOMPARE(scene.table.columnWidth(Priority), 70);
+}
+
+void tst_TableWidget::textCutShortIsToldByAToolTip()
+{
+    const QString name = QStringLiteral("a name that is far too long for its column");
+    Scene scene({"b", name});
+    scene.table.setColumnWidth(Name, 80);
+    const auto hover = [&scene](int row) {
+        const QPoint at = scene.table.visualRect(scene.table.model()->index(row, Name)).center();
+        QWidget *viewport = scene.table.viewport();
+        QHelpEvent help(QEvent::ToolTip, at, viewport->mapToGlobal(at));
+        QCoreApplication::sendEvent(viewport, &help);
+    };
+    hover(0);
+    QCOMPARE(QToolTip::text(), QString());
+    hover(1);
+    QCOMPARE(QToolTip::text(), name);
+    QToolTip::hideText();
 }
 
 void tst_TableWidget::adjustColumnFitsTheWidestCell_data()
