@@ -71,8 +71,6 @@ TimePanel::TimePanel(MetaWidget &form, const EditorContext &context)
 {
 }
 
-TimePanel::~TimePanel() = default;
-
 // --- Filling ---
 
 void TimePanel::show(Effect &child)

@@ -26,7 +26,6 @@ class TimePanel
 public:
     /// @param form lent; outlives this object
     TimePanel(MetaWidget &form, const EditorContext &context);
-    ~TimePanel();
     Q_DISABLE_COPY_MOVE(TimePanel)
 
     /// Fills one group from the child. Null is ignored.

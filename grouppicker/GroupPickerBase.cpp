@@ -72,7 +72,7 @@ void GroupPickerBase::languageChange()
 
 void GroupPickerBase::changeEvent(QEvent *event)
 {
+    QDialog::changeEvent(event);
     if (event->type() == QEvent::LanguageChange)
         languageChange();
-    QDialog::changeEvent(event);
 }

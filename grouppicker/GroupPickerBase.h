@@ -20,10 +20,10 @@ public:
                              bool modal = false, Qt::WindowFlags flags = {});
 
     // All owned by the form.
-    meta::GroupListView *m_groupListView; ///< columns: name, type, uid of the group
-    QCheckBox *m_syncBox;
-    QPushButton *buttonOk;
-    QPushButton *buttonCancel;
+    meta::GroupListView *m_groupListView = nullptr; ///< columns: name, type, uid of the group
+    QCheckBox *m_syncBox = nullptr;
+    QPushButton *buttonOk = nullptr;
+    QPushButton *buttonCancel = nullptr;
 
 public slots:
     /// Sets every text anew, as the translators of the moment have it.

@@ -45,7 +45,8 @@ public:
     /// Renders one frame; called by updateLights().
     virtual void internalUpdateLights();
     /// The effect's editor, built on demand; null if it has none. The effect keeps the ownership,
-    /// but the host may delete the widget that it was given.
+    /// but the host may delete the widget that it was given, though not from within a signal of the
+    /// effect.
     virtual QWidget *internalGetEffectWidget();
     /// Writes the effect's own content after its properties.
     virtual void internalSave(QTextStream &stream);

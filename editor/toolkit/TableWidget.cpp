@@ -351,7 +351,8 @@ void TableWidget::focusInEvent(QFocusEvent *event)
     if (currentIndex().isValid()) {
         QTableWidget::focusInEvent(event);
     } else {
-        QAbstractScrollArea::focusInEvent(event);
+        // QAbstractItemView, whose turn it would be, would make the first cell current.
+        QAbstractScrollArea::focusInEvent(event); // NOLINT(bugprone-parent-virtual-call)
         viewport()->update();
     }
 }

@@ -113,7 +113,7 @@ void describe(const QAbstractItemView &view, Line &line)
     QStringList titles;
     if (const auto *table = qobject_cast<const QTableWidget *>(&view)) {
         for (int column = 0; column < table->columnCount(); ++column)
-            titles.append(quoted(table->horizontalHeaderItem(column)->text()));
+            titles.append(quoted(table->model()->headerData(column, Qt::Horizontal).toString()));
         line.add("rows", QString::number(table->rowCount()));
         line.addIf(table->isSortingEnabled(), "sorting");
     } else if (const auto *tree = qobject_cast<const QTreeWidget *>(&view)) {

@@ -9,11 +9,11 @@
 namespace {
 
 #ifdef __SANITIZE_ADDRESS__
-constexpr int sessions = 10;
+constexpr int users = 10;
 #else
-constexpr int sessions = 100;
+constexpr int users = 100;
 #endif
-constexpr int actionsInSession = 200;
+constexpr int actionsOfAUser = 200;
 constexpr int mostChildren = 10;
 
 const QStringList texts = {"0",     "1.5", "2",     "10.25", "1e3", "0.001", "1234.567",   "-4",
@@ -231,7 +231,7 @@ private:
 
 } // namespace
 
-class tst_EditorSession : public QObject
+class tst_RandomUser : public QObject
 {
     Q_OBJECT
 
@@ -241,28 +241,28 @@ private slots:
     void staysSaneWhateverTheUserDoes();
 };
 
-void tst_EditorSession::initTestCase()
+void tst_RandomUser::initTestCase()
 {
     QLoggingCategory::defaultCategory()->setEnabled(QtDebugMsg, false);
 }
 
-void tst_EditorSession::staysSaneWhateverTheUserDoes_data()
+void tst_RandomUser::staysSaneWhateverTheUserDoes_data()
 {
     QTest::addColumn<quint32>("seed");
-    for (quint32 seed = 1; seed <= sessions; ++seed)
+    for (quint32 seed = 1; seed <= users; ++seed)
         QTest::addRow("seed %u", seed) << seed;
 }
 
-// The actions up to the first complaint are the shortest prefix of the session that fails. With
-// META_SESSION_TRACE set they are printed as they are done, for the case that one of them crashes.
-void tst_EditorSession::staysSaneWhateverTheUserDoes()
+// The actions up to the first complaint are the shortest run of this user that fails. With
+// META_USER_TRACE set they are printed as they are done, for the case that one of them crashes.
+void tst_RandomUser::staysSaneWhateverTheUserDoes()
 {
     QFETCH(const quint32, seed);
     RandomUser user(seed);
-    const bool isTraced = qEnvironmentVariableIsSet("META_SESSION_TRACE");
+    const bool isTraced = qEnvironmentVariableIsSet("META_USER_TRACE");
     QStringList done = {QStringLiteral("open")};
     QString complaint = user.complaint();
-    for (int i = 0; i < actionsInSession && complaint.isEmpty(); ++i) {
+    for (int i = 0; i < actionsOfAUser && complaint.isEmpty(); ++i) {
         done.append(user.act());
         if (isTraced)
             fprintf(stderr, "%s\n", qPrintable(done.last()));
@@ -273,5 +273,5 @@ void tst_EditorSession::staysSaneWhateverTheUserDoes()
     QVERIFY2(complaint.isEmpty(), qPrintable(complaint));
 }
 
-QTEST_MAIN(tst_EditorSession)
-#include "tst_EditorSession.moc"
+QTEST_MAIN(tst_RandomUser)
+#include "tst_RandomUser.moc"
