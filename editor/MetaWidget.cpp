@@ -103,6 +103,15 @@ QLabel *addLeadIn(QBoxLayout *row, const char *name)
     return label;
 }
 
+// Wide enough for most names, and no wider for any.
+QComboBox *addTargetChooser(QBoxLayout *row, const char *name)
+{
+    auto *chooser = add<QComboBox>(row, name);
+    chooser->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    chooser->setMinimumContentsLength(24);
+    return chooser;
+}
+
 QGroupBox *addRuleGroup(QBoxLayout *column, const char *name)
 {
     auto *group = add<QGroupBox>(column, name);
@@ -252,7 +261,7 @@ void MetaWidget::buildStartRule()
 
     layout14 = addLayout<QHBoxLayout>(m_startLinkedLayout, "layout14");
     textLabel4 = addLeadIn(layout14, "textLabel4");
-    m_startLinkEffectComboBox = add<QComboBox>(layout14, "m_startLinkEffectComboBox");
+    m_startLinkEffectComboBox = addTargetChooser(layout14, "m_startLinkEffectComboBox");
 
     layout15 = addLayout<QHBoxLayout>(m_startLinkedLayout, "layout15");
     textLabel5 = addLeadIn(layout15, "textLabel5");
@@ -290,7 +299,7 @@ void MetaWidget::buildEndRule()
 
     layout18_2 = addLayout<QHBoxLayout>(layout20_2, "layout18_2");
     textLabel4_2 = addLeadIn(layout18_2, "textLabel4_2");
-    m_endLinkEffectComboBox = add<QComboBox>(layout18_2, "m_endLinkEffectComboBox");
+    m_endLinkEffectComboBox = addTargetChooser(layout18_2, "m_endLinkEffectComboBox");
 
     layout19 = addLayout<QHBoxLayout>(layout20_2, "layout19");
     textLabel5_2 = addLeadIn(layout19, "textLabel5_2");

@@ -457,6 +457,8 @@ void tst_MetaWidget::freshRulesAreDisabledFixedAndLinkedToTheStart()
     // It is the group alone that is disabled.
     for (const QGroupBox *group : {form.m_startButtonGroup, form.m_endButtonGroup}) {
         for (const auto *widget : group->findChildren<QWidget *>()) {
+            if (widget->window() != &form) // the list of a chooser
+                continue;
             QVERIFY(!widget->isEnabled());
             QVERIFY2(widget->isEnabledTo(group), qPrintable(widget->objectName()));
         }
