@@ -92,12 +92,18 @@ void Editor::refreshWidgets()
     m_panel.show(child);
 }
 
+void Editor::followRules()
+{
+    const EffectList &selection = m_context.roster.selection();
+    if (selection.count() == 1)
+        m_panel.follow(*selection.at(0));
+}
+
 void Editor::handleValueChanged(int row, int column)
 {
     m_edits.handleValueChanged(row, column);
-    const EffectList &selection = m_context.roster.selection();
-    if ((column == StartColumn || column == EndColumn) && selection.count() == 1)
-        m_panel.follow(*selection.at(0));
+    if (column == StartColumn || column == EndColumn) // with others this editor may be gone
+        followRules();
 }
 
 void Editor::handleCurrentChanged(int row)

@@ -38,6 +38,9 @@ public:
     /// is emptied, so that nothing is done to children of which the user sees but one.
     void refreshWidgets();
 
+    /// Shows the rules of the selected child as they are by now, without writing anything.
+    void followRules();
+
     void handleValueChanged(int row, int column);
     void handleCurrentChanged(int row);
     void handleSelectionChanged();

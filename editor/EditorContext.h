@@ -22,6 +22,8 @@ public:
     virtual void updateEndTime() = 0;
     /// Takes the child over.
     virtual void addChild(Effect *child) = 0;
+    /// Listens to a child that takes another's place, and gives it its level.
+    virtual void adopt(Effect &child) = 0;
     /// Puts a child of another type in the child's place.
     virtual void changeEffectType(Effect *child, const QString &newType) = 0;
     /// The uid of the first group of that name; 0 for "None" and for a name that no group has.

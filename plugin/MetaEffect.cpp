@@ -126,13 +126,18 @@ void MetaEffect::addChild(Effect *child)
     if (!child)
         return;
     m_roster.insert(child);
-    connect(child, &Effect::cycleTimeChanged, this, &MetaEffect::handleCycleTimeChanged);
-    child->setLevel(m_level + 1);
+    adopt(*child);
     m_roster.raiseNextEid(*child);
     if (m_editor) {
         m_editor->showNewChild(*child);
         updateEndTime();
     }
+}
+
+void MetaEffect::adopt(Effect &child)
+{
+    connect(&child, &Effect::cycleTimeChanged, this, &MetaEffect::handleCycleTimeChanged);
+    child.setLevel(m_level + 1);
 }
 
 void MetaEffect::initChildren()
@@ -197,15 +202,21 @@ void MetaEffect::cutEffect(QTextStream &stream)
 void MetaEffect::pasteEffect(QString &text)
 {
     const QStringList pieces = transfer::pieces(text);
+    std::vector<transfer::KeptRules> rules;
     for (const QString &piece : pieces) {
         Effect *child = m_effectLib ? m_effectLib->createEffect(piece) : nullptr;
         if (!child)
             continue;
         keys::eid.write(*child, m_roster.nextEid());
         keys::name.writeText(*child, QStringLiteral("Copy of ") + keys::name.readText(*child));
+        rules.emplace_back(*child);
         addChild(child);
     }
+    for (const transfer::KeptRules &kept : rules)
+        kept.restore();
     updateEffectTimes();
+    if (m_editor)
+        m_editor->followRules();
 }
 
 void MetaEffect::deleteEffect(Effect *child)

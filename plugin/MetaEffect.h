@@ -148,7 +148,9 @@ signals:
 
 private:
     meta::Millis latestEnd() const;
+    void adopt(Effect &child) override;
     void setDirty(bool dirty) override;
+    meta::EditorContext editorContext();
     void forgetEditor();
 
     bool loop = true;

@@ -3,13 +3,13 @@
 #include "Editor.h"
 #include "MetaEffect.h"
 #include "MetaWidget.h"
+#include "TypeChange.h"
 
 QWidget *MetaEffect::internalGetEffectWidget()
 {
     if (m_editor)
         return m_editorWidget;
-    m_editor = std::make_unique<meta::Editor>(
-        meta::EditorContext{*this, m_roster, m_legality, m_mapModel, m_effectLib, *this});
+    m_editor = std::make_unique<meta::Editor>(editorContext());
     m_editorWidget = &m_editor->form();
     connect(m_editorWidget, &QObject::destroyed, this, &MetaEffect::forgetEditor);
     m_editor->build();
@@ -22,6 +22,11 @@ void MetaEffect::forgetEditor()
     m_roster.selection().clear();
     m_editor.reset();
     m_editorWidget = nullptr;
+}
+
+meta::EditorContext MetaEffect::editorContext()
+{
+    return {*this, m_roster, m_legality, m_mapModel, m_effectLib, *this};
 }
 
 void MetaEffect::setDirty(bool dirty)
@@ -110,7 +115,13 @@ void MetaEffect::handleNewEffectClicked()
         m_editor->edits().handleNewEffectClicked();
 }
 
-void MetaEffect::changeEffectType(Effect *, const QString &) {}
+// Works without an editor, too.
+void MetaEffect::changeEffectType(Effect *child, const QString &newType)
+{
+    if (child)
+        meta::TypeChange(m_editor ? &m_editor->form() : nullptr, editorContext())
+            .change(*child, newType);
+}
 
 // --- The time panel ---
 

@@ -85,6 +85,10 @@ private:
         roster.raiseNextEid(*child);
         addRow(eid);
     }
+    void adopt(Effect &child) override
+    {
+        journal.append(QStringLiteral("adopt ") + meta::keys::eid.readText(child));
+    }
     void changeEffectType(Effect *child, const QString &newType) override
     {
         journal.append(QStringLiteral("changeEffectType %1 to %2")
