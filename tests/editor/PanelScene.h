@@ -73,14 +73,6 @@ public:
     QString startCell(quint32 eid) { return table().text(rowOf(eid), 4); }
     QString endCell(quint32 eid) { return table().text(rowOf(eid), 5); }
 
-    static QStringList items(const QComboBox *chooser)
-    {
-        QStringList texts;
-        for (int i = 0; i < chooser->count(); ++i)
-            texts.append(chooser->itemText(i));
-        return texts;
-    }
-
     /// Clicks where the button takes clicks, however wide it is.
     static void clickButton(QAbstractButton *button)
     {

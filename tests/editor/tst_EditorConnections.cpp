@@ -1,4 +1,5 @@
 #include "EditorStage.h"
+#include "EffectColumns.h"
 #include "LogCapture.h"
 
 #include <QContextMenuEvent>
@@ -9,9 +10,9 @@
 #include <optional>
 #include <utility>
 
-namespace {
+using enum meta::EffectColumn;
 
-enum Column { NameColumn, TypeColumn, GroupColumn, PriorityColumn };
+namespace {
 
 QString textOf(const QVariant &argument)
 {

@@ -1,6 +1,7 @@
 #include "QTableNumber.h"
 
 #include "TableWidget.h"
+#include "TextRow.h"
 
 #include <QLocale>
 #include <QRegularExpression>
@@ -11,17 +12,6 @@
 
 using meta::TableItem;
 using meta::TableWidget;
-
-namespace {
-
-/// A row of a data table that holds only texts.
-template<typename... Texts>
-void textRow(const char *name, Texts... texts)
-{
-    (QTest::newRow(name) << ... << texts);
-}
-
-} // namespace
 
 class tst_QTableNumber : public QObject
 {

@@ -1,8 +1,12 @@
 #include "EditorStage.h"
 #include "RandomRules.h"
+#include "TypeChange.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QLoggingCategory>
+#include <QMessageBox>
+#include <QTimer>
 
 #include <functional>
 
@@ -20,12 +24,17 @@ const QStringList texts = {"0",     "1.5", "2",     "10.25", "1e3", "0.001", "12
                            "-0.25", "+7",  "",      "abc",   "1,5", "inf",   "nan",        "1e400",
                            "5e6",   " 3 ", "2 sec", "007",   ".5",  "0x10",  "4294967.295"};
 
+bool asksBeforeTypeChange = true;
+
 /// A user who does anything, in an order that the seed decides.
 class RandomUser
 {
 public:
     explicit RandomUser(quint32 seed) : m_dice(seed)
     {
+        asksBeforeTypeChange = true;
+        m_stage.factory.addType(QStringLiteral("Broken"),
+                                [](MapModel *) -> Effect * { return nullptr; });
         const quint32 children = m_dice.roll(5);
         for (quint32 eid = 0; eid < children; ++eid)
             m_stage.add(eid)
@@ -60,6 +69,11 @@ public:
             [this] { return play(); },
             [this] { return changeCycleTime(); },
             [this] { return remove(); },
+            [this] { return copy(); },
+            [this] { return cut(); },
+            [this] { return paste(); },
+            [this] { return changeType(); },
+            [this] { return changeType(); },
         };
         return m_dice.pick(std::vector(std::begin(actions), std::end(actions)))();
     }
@@ -180,12 +194,23 @@ private:
 
     QString create()
     {
+        static const QList<Qt::Key> initials = {Qt::Key_B, Qt::Key_C, Qt::Key_S};
         if (rows() >= mostChildren)
             return QStringLiteral("enough children");
+        QComboBox *types = m_stage.form().m_effectComboBox;
+        QTest::keyClick(types, m_dice.pick(initials));
+        const auto press = [this] {
+            QTest::mouseClick(m_stage.form().m_newEffectButton, Qt::LeftButton);
+        };
+        const QString type = types->currentText();
+        if (type == u"Broken") {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Out of memory")));
+            press();
+            return QStringLiteral("no new effect");
+        }
         const QString group = anyGroup();
-        EditorStage::pickingGroup(
-            group, [this] { QTest::mouseClick(m_stage.form().m_newEffectButton, Qt::LeftButton); });
-        return QStringLiteral("new effect, group \"%1\"").arg(group);
+        EditorStage::pickingGroup(group, press);
+        return QStringLiteral("new %1, group \"%2\"").arg(type, group);
     }
 
     QString pickGroup()
@@ -216,11 +241,84 @@ private:
         return QStringLiteral("cycle time %1 for child %2").arg(ms).arg(index);
     }
 
+    // Else there would be few children most of the time.
+    bool sparesTheFew() { return rows() < 7 && !m_dice.oneIn(8); }
+
     QString remove()
     {
+        if (sparesTheFew())
+            return QStringLiteral("delete nothing");
         QTest::mouseClick(m_stage.form().m_deleteEffectButton, Qt::LeftButton);
         m_awaitsPass = true; // what was linked to the child keeps its times
         return QStringLiteral("delete");
+    }
+
+    void chooseFromMenu(int entry) { m_stage.form().m_popupMenu.actions().at(entry)->trigger(); }
+
+    QString copy()
+    {
+        chooseFromMenu(1);
+        return QStringLiteral("copy");
+    }
+
+    QString cut()
+    {
+        if (sparesTheFew())
+            return QStringLiteral("cut nothing");
+        chooseFromMenu(0);
+        m_awaitsPass = true;
+        return QStringLiteral("cut");
+    }
+
+    // Every other text was damaged on its way.
+    QString paste()
+    {
+        if (rows() >= mostChildren)
+            return QStringLiteral("enough children");
+        QClipboard *clipboard = QApplication::clipboard();
+        QString text = clipboard->text();
+        if (m_dice.oneIn(2) && !text.isEmpty()) {
+            const auto at = static_cast<qsizetype>(m_dice.roll(static_cast<quint32>(text.size())));
+            if (m_dice.oneIn(2))
+                text.truncate(at);
+            else
+                text.insert(at, m_dice.oneIn(2) ? QStringLiteral("<EFFECT-ENTRY>")
+                                                : QStringLiteral("</"));
+            clipboard->setText(text);
+        }
+        const int before = rows();
+        chooseFromMenu(2);
+        return QStringLiteral("paste %1 children").arg(rows() - before);
+    }
+
+    // A type called "Broken" is offered, and the host fails to make it.
+    QString changeType()
+    {
+        if (rows() == 0)
+            return QStringLiteral("no type to change");
+        const int row = anyRow();
+        const QString eid = m_stage.table().text(row, 8);
+        m_stage.click(row, 1);
+        auto *chooser = qobject_cast<QComboBox *>(
+            m_stage.table().indexWidget(m_stage.table().model()->index(row, 1)));
+        if (!chooser)
+            return QStringLiteral("the chooser of row %1 stays closed").arg(row);
+        const int answer = static_cast<int>(m_dice.roll(3));
+        QTimer answering;
+        answering.setSingleShot(true);
+        QObject::connect(&answering, &QTimer::timeout, [answer] {
+            if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget()))
+                box->buttons().at(answer)->click();
+        });
+        answering.start();
+        QTest::keyClick(chooser, m_dice.oneIn(2) ? Qt::Key_Down : Qt::Key_Up);
+        if (!m_stage.effect.getEffect(eid.toULong())) {
+            // The child is lost, its row stays and the effect is stopped: the host tidies up.
+            m_stage.effect.removeFromTable(eid.toULong());
+            m_stage.effect.setState(true);
+            m_awaitsPass = true;
+        }
+        return QStringLiteral("another type for row %1, answer %2").arg(row).arg(answer);
     }
 
     Dice m_dice;
@@ -244,6 +342,8 @@ private slots:
 void tst_RandomUser::initTestCase()
 {
     QLoggingCategory::defaultCategory()->setEnabled(QtDebugMsg, false);
+    meta::askSetting() = {[] { return asksBeforeTypeChange; },
+                          [] { asksBeforeTypeChange = false; }};
 }
 
 void tst_RandomUser::staysSaneWhateverTheUserDoes_data()

@@ -1,29 +1,18 @@
+#include "EditTraces.h"
 #include "EditorStage.h"
-#include "EditsAlone.h"
+#include "EffectColumns.h"
 #include "EffectPictures.h"
 #include "LogCapture.h"
 #include "PickerUser.h"
 
-#include <QCheckBox>
 #include <QRegularExpression>
 #include <QSignalSpy>
 
-#include <memory>
 #include <optional>
 
 using namespace meta;
 
 namespace {
-
-/// The saved text of every child, in list order, with its eid before it.
-QStringList savedChildren(const MetaEffect &effect)
-{
-    QStringList texts;
-    const EffectList children = effect.getEffects();
-    for (Effect *child : children)
-        texts.append(keys::eid.readText(*child) + u' ' + savedText(*child));
-    return texts;
-}
 
 /// Opens the editor of the current cell and types over its text, without ending the edit.
 QLineEdit *startTyping(const EditorStage &stage, const QString &text)
@@ -55,28 +44,7 @@ private slots:
     void init();
     void cleanup() { m_debugLines.reset(); }
 
-    // Columns.
-    void textIsStoredAsTyped_data();
-    void textIsStoredAsTyped();
-    void secondsAreStoredAsMilliseconds_data();
-    void secondsAreStoredAsMilliseconds();
-    void endIsStoredAsTheDurationFromTheBegin_data();
-    void endIsStoredAsTheDurationFromTheBegin();
-    void editDoesTheseStepsInThisOrder_data();
-    void editDoesTheseStepsInThisOrder();
-    void cellBehindTheFadesChangesNothing_data();
-    void cellBehindTheFadesChangesNothing();
-    void groupCellStoresTheUidOfItsText_data();
-    void groupCellStoresTheUidOfItsText();
-    void startMakesALinkedStartFixed();
-    void endMakesAnyRuleAFixedDuration_data();
-    void endMakesAnyRuleAFixedDuration();
-    void typing2point5InStartOfALinkedChildMakesItFixedAt2500Ms();
-    void typing1InEndOfAChildThatBeginsAt3000MsSetsADurationOf0();
-    void typingAbcInFadeInSets0();
-    void typingMinus4InStartStartsAt0();
-
-    // What an edit does besides.
+    // What an edit does besides
     void onlyStartAndEndRunAPass_data();
     void onlyStartAndEndRunAPass();
     void startAndEndMoveTheOwnEndOnce();
@@ -92,15 +60,17 @@ private slots:
     void nameIsTheTitleEvenWhenSeveralRowsAreSelected();
     void followingChildrenMoveWithTheStart();
 
-    // Which child.
+    // Which child
     void rowMeansTheChildOfItsEidInAnyOrder();
     void rowWithoutAChildWritesNothing_data();
     void rowWithoutAChildWritesNothing();
+    void groupOfARowWithoutAChildOpensNoPicker_data();
+    void groupOfARowWithoutAChildOpensNoPicker();
     void repeatedEidMeansTheLastChildInListOrder_data();
     void repeatedEidMeansTheLastChildInListOrder();
     void withoutAnEditorNothingHappens();
 
-    // Typing.
+    // Typing
     void typedNameSurvivesTheStartOfItsChild();
     void typedStartSurvivesAPass();
     void untouchedEditorWritesNothingBack();
@@ -110,36 +80,8 @@ private slots:
     void leavingTheCellStoresTheText();
     void typedTextFollowsItsRowThroughASort();
 
-    // The group picker.
-    void leftClickOnAGroupOpensThePicker();
-    void rightClickOnAGroupDoesNothing();
-    void middleClickOnAGroupDoesNothing();
-    void leftClickOnThePriorityDoesNothing();
-    void leftClickElsewhereOpensNoPicker_data();
-    void leftClickElsewhereOpensNoPicker();
-    void groupOfARowWithoutAChildOpensNoPicker_data();
-    void groupOfARowWithoutAChildOpensNoPicker();
-    void acceptedGroupIsStoredAndShown_data();
-    void acceptedGroupIsStoredAndShown();
-    void cancelRestoresTheGroupAfterOthersWereClicked_data();
-    void cancelRestoresTheGroupAfterOthersWereClicked();
-    void cancelWritesTheFormerGroupInDecimal_data();
-    void cancelWritesTheFormerGroupInDecimal();
-    void groupThatVanishesInThePickerLeavesTheCell();
-    void pickingRunsNoPassAndLeavesTheDirtyFlag_data();
-    void pickingRunsNoPassAndLeavesTheDirtyFlag();
-    void pickedGroupIsShownInTheRowWhereverItMoved();
-    void pickedGroupIsShownInNoRowWhenItsOwnIsGone();
-    void pickedGroupIsShownInTheRowThatWasMadeAnew();
-    void groupOfARepeatedEidIsShownInTheClickedRow();
-    void pickerIsGoneAfterwards();
-
 private:
-    int passes() const
-    {
-        return static_cast<int>(
-            m_debugLines->lines().count(QStringLiteral("MetaEffect::updateEffectTimes()")));
-    }
+    int passes() const { return passesIn(*m_debugLines); }
 
     std::optional<LogCapture> m_debugLines;
 };
@@ -148,401 +90,6 @@ void tst_TableEdits::init()
 {
     QTest::failOnWarning(QRegularExpression(QStringLiteral("^(?!This plugin does not support)")));
     m_debugLines.emplace(QtDebugMsg);
-}
-
-// --- Columns ---
-
-void tst_TableEdits::textIsStoredAsTyped_data()
-{
-    QTest::addColumn<int>("column");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QString>("text");
-
-    const QString name = QStringLiteral("name");
-    for (const char *text : {"Sky", "", " two  blanks ", "7", "<b>&amp;\"", "None", "Child 2"})
-        QTest::addRow("name \"%s\"", text) << int(NameColumn) << name << QString(text);
-    const QString priority = QStringLiteral("priority");
-    for (const char *text : {"12", "0", "-3", "1.5", "high", "", " 5 ", "007", "4294967296"})
-        QTest::addRow("priority \"%s\"", text) << int(PriorityColumn) << priority << QString(text);
-}
-
-void tst_TableEdits::textIsStoredAsTyped()
-{
-    QFETCH(int, column);
-    QFETCH(QString, key);
-    QFETCH(QString, text);
-    EditorStage stage;
-    WidgetStub *child = stage.add(1);
-    stage.add(2);
-    child->with("priority", 7777);
-    stage.open();
-    const QString other = savedText(*stage.effect.getEffect(2));
-
-    stage.typeIntoCell(stage.rowOf(1), column, text);
-
-    QCOMPARE(child->getPropertyString(key), text);
-    QCOMPARE(savedText(*stage.effect.getEffect(2)), other);
-    CHECK_SANITY(stage);
-}
-
-void tst_TableEdits::secondsAreStoredAsMilliseconds_data()
-{
-    QTest::addColumn<int>("column");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("stored");
-
-    const struct
-    {
-        int column;
-        const char *name;
-        const char *key;
-    } columns[] = {{StartColumn, "start", "startfixedtime"},
-                   {EndColumn, "end", "endfixedtime"},
-                   {FadeInColumn, "fade in", "fadein"},
-                   {FadeOutColumn, "fade out", "fadeout"}};
-    const struct
-    {
-        const char *text;
-        const char *stored;
-    } texts[] = {
-        {"2.5", "2500"},
-        {"0", "0"},
-        {"1", "1000"},
-        {"0.001", "1"},
-        {"0.0009", "0"},
-        {"2.0005", "2000"},
-        {"1.005", "1004"}, // the product is 1004.9999999999999
-        {"1.9999", "1999"},
-        {".5", "500"},
-        {"5.", "5000"},
-        {"+5", "5000"},
-        {"007", "7000"},
-        {"1e3", "1000000"},
-        {"1E-1", "100"},
-        {" 3", "3000"},
-        {"1.5 ", "1500"},
-        {"-4", "0"},
-        {"-0.0", "0"},
-        {"-1e300", "0"},
-        {"4294967.2949", "4294967294"},
-        {"4294967.295", "4294967295"},
-        {"4294967.296", "4294967295"},
-        {"5e6", "4294967295"},
-        {"1e300", "4294967295"},
-        {"inf", "4294967295"},
-        {"-inf", "0"},
-        {"nan", "0"},
-        {"", "0"},
-        {"abc", "0"},
-        {"1,5", "0"},
-        {"1e400", "0"},
-        {"1e", "0"},
-        {"0x10", "0"},
-        {"2 sec", "0"},
-        {"1 2", "0"},
-        {".", "0"},
-        {"infinity", "0"},
-    };
-    for (const auto &column : columns) {
-        for (const auto &text : texts)
-            QTest::addRow("%s \"%s\"", column.name, text.text)
-                << column.column << QString(column.key) << QString(text.text)
-                << QString(text.stored);
-    }
-}
-
-void tst_TableEdits::secondsAreStoredAsMilliseconds()
-{
-    QFETCH(int, column);
-    QFETCH(QString, key);
-    QFETCH(QString, text);
-    QFETCH(QString, stored);
-    EditorStage stage;
-    WidgetStub *child = stage.add(1);
-    child->setProperty(key, QStringLiteral("7777"));
-    stage.effect.updateEffectTimes();
-    stage.open();
-    QCOMPARE(stage.table().text(0, column), QStringLiteral("7.777"));
-
-    stage.typeIntoCell(0, column, text);
-
-    QCOMPARE(child->getPropertyString(key), stored);
-    CHECK_SANITY(stage);
-}
-
-void tst_TableEdits::endIsStoredAsTheDurationFromTheBegin_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("stored");
-
-    const struct
-    {
-        const char *text;
-        const char *stored;
-    } rows[] = {
-        {"5", "2000"},
-        {"3.001", "1"},
-        {"3.0009", "0"},
-        {"3", "0"},
-        {"2.9999", "0"},
-        {"1", "0"},
-        {"0", "0"},
-        {"-4", "0"},
-        {"-inf", "0"},
-        {"nan", "0"},
-        {"abc", "0"},
-        {"", "0"},
-        {"1e400", "0"},
-        {"4294967.295", "4294964295"},
-        // A later end than there can be is the last one: the child ends there, and not by
-        // wrapping around before it begins.
-        {"4294970", "4294964295"},
-        {"1e300", "4294964295"},
-        {"inf", "4294964295"},
-    };
-    for (const auto &row : rows)
-        QTest::addRow("\"%s\"", row.text) << QString(row.text) << QString(row.stored);
-}
-
-void tst_TableEdits::endIsStoredAsTheDurationFromTheBegin()
-{
-    QFETCH(QString, text);
-    QFETCH(QString, stored);
-    EditorStage stage;
-    WidgetStub *child = stage.add(1);
-    child->with("startfixedtime", 3000).with("endtype", 2).with("endcyclecount", 4);
-    stage.effect.updateEffectTimes();
-    stage.open();
-
-    stage.typeIntoCell(0, EndColumn, text);
-
-    QCOMPARE(child->text("endtype"), QStringLiteral("0"));
-    QCOMPARE(child->text("endfixedtime"), stored);
-    QCOMPARE(child->text("begin"), QStringLiteral("3000"));
-    QCOMPARE(child->text("end"), QString::number(3000 + stored.toUInt()));
-    CHECK_SANITY(stage);
-}
-
-void tst_TableEdits::editDoesTheseStepsInThisOrder_data()
-{
-    QTest::addColumn<int>("column");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QStringList>("steps");
-
-    QTest::addRow("name") << int(NameColumn) << "Sky" << QStringList{"1 name=Sky"};
-    QTest::addRow("type") << int(TypeColumn) << "Chase"
-                          << QStringList{"changeEffectType 1 to Chase"};
-    QTest::addRow("type, the same")
-        << int(TypeColumn) << "Stub" << QStringList{"changeEffectType 1 to Stub"};
-    QTest::addRow("group") << int(GroupColumn) << "Windows" << QStringList{"1 gid=11"};
-    QTest::addRow("group, unknown") << int(GroupColumn) << "Nowhere" << QStringList{"1 gid=0"};
-    QTest::addRow("priority") << int(PriorityColumn) << "9" << QStringList{"1 priority=9"};
-    const QStringList passes = {"updateEffectTimes", "updateEndTime"};
-    QTest::addRow("start") << int(StartColumn) << "2.5"
-                           << QStringList{"1 starttype=0", "1 startfixedtime=2500"} + passes;
-    QTest::addRow("start, no number")
-        << int(StartColumn) << "abc" << QStringList{"1 starttype=0", "1 startfixedtime=0"} + passes;
-    QTest::addRow("end") << int(EndColumn) << "2.5"
-                         << QStringList{"1 endtype=0", "1 endfixedtime=1500"} + passes;
-    QTest::addRow("end, no number")
-        << int(EndColumn) << "abc" << QStringList{"1 endtype=0", "1 endfixedtime=0"} + passes;
-    QTest::addRow("fade in") << int(FadeInColumn) << "2.5" << QStringList{"1 fadein=2500"};
-    QTest::addRow("fade in, no number") << int(FadeInColumn) << "x" << QStringList{"1 fadein=0"};
-    QTest::addRow("fade out") << int(FadeOutColumn) << "2.5" << QStringList{"1 fadeout=2500"};
-    QTest::addRow("fade out, no number") << int(FadeOutColumn) << "x" << QStringList{"1 fadeout=0"};
-    QTest::addRow("left of all") << -1 << "2.5" << QStringList();
-    QTest::addRow("right of all") << 9 << "2.5" << QStringList();
-}
-
-void tst_TableEdits::editDoesTheseStepsInThisOrder()
-{
-    QFETCH(int, column);
-    QFETCH(QString, text);
-    QFETCH(QStringList, steps);
-    EditsAlone alone;
-    StubEffect &child = alone.add(1);
-    child.with("starttype", 1).with("startfixedtime", 7).with("endtype", 2).with("endfixedtime", 7);
-    child.with("begin", 1000).with("fadein", 7).with("fadeout", 7).with("gid", 7);
-    alone.table().setText(0, column, text);
-    alone.journal.clear();
-
-    alone.edits.handleValueChanged(0, column);
-
-    QCOMPARE(alone.journal, steps);
-}
-
-void tst_TableEdits::cellBehindTheFadesChangesNothing_data()
-{
-    QTest::addColumn<int>("column");
-
-    for (const int column : {8, 9, 100, -1})
-        QTest::addRow("column %d", column) << column;
-}
-
-void tst_TableEdits::cellBehindTheFadesChangesNothing()
-{
-    QFETCH(int, column);
-    EditorStage stage;
-    stage.add(1);
-    stage.open();
-    const QStringList before = savedChildren(stage.effect);
-    const QStringList row = stage.row(0);
-    const int passesBefore = passes();
-
-    stage.effect.handleValueChanged(0, column);
-
-    QCOMPARE(savedChildren(stage.effect), before);
-    QCOMPARE(stage.row(0), row);
-    QCOMPARE(passes(), passesBefore);
-    CHECK_SANITY(stage);
-}
-
-void tst_TableEdits::groupCellStoresTheUidOfItsText_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("stored");
-
-    QTest::addRow("a group") << "Windows"
-                             << "11";
-    QTest::addRow("a group that is never offered") << "Lamp"
-                                                   << "13";
-    QTest::addRow("none") << "None"
-                          << "0";
-    QTest::addRow("no group of that name") << "windows"
-                                           << "0";
-    QTest::addRow("empty") << ""
-                           << "0";
-    QTest::addRow("a name that two groups have") << "Twin"
-                                                 << "20";
-}
-
-void tst_TableEdits::groupCellStoresTheUidOfItsText()
-{
-    QFETCH(QString, text);
-    QFETCH(QString, stored);
-    EditorStage stage;
-    stage.map.addGroup(5, QStringLiteral("None"), ChasingGroup, {});
-    stage.map.addGroup(21, QStringLiteral("Twin"), ChasingGroup, {});
-    stage.map.addGroup(20, QStringLiteral("Twin"), ChasingGroup, {});
-    WidgetStub *child = stage.add(1);
-    child->with("gid", 10);
-    stage.open();
-    const int passesBefore = passes();
-
-    stage.table().setText(0, GroupColumn, text);
-    stage.effect.handleValueChanged(0, GroupColumn);
-
-    QCOMPARE(child->text("gid"), stored);
-    QCOMPARE(stage.table().text(0, GroupColumn), text);
-    QCOMPARE(passes(), passesBefore);
-}
-
-void tst_TableEdits::startMakesALinkedStartFixed()
-{
-    EditorStage stage;
-    WidgetStub *child = stage.add(1);
-    stage.add(2)->with("endfixedtime", 4000);
-    child->with("starttype", 1).with("startlinkeid", 2).with("startlinkoffset", 500);
-    stage.effect.updateEffectTimes();
-    stage.open();
-    QCOMPARE(stage.table().text(stage.rowOf(1), StartColumn), QStringLiteral("4.5"));
-
-    stage.typeIntoCell(stage.rowOf(1), StartColumn, QStringLiteral("abc"));
-
-    QCOMPARE(child->text("starttype"), QStringLiteral("0"));
-    QCOMPARE(child->text("startfixedtime"), QStringLiteral("0"));
-    QCOMPARE(child->text("startlinkeid"), QStringLiteral("2"));
-    QCOMPARE(child->text("begin"), QStringLiteral("0"));
-    QVERIFY(stage.table().pixmap(stage.rowOf(1), StartColumn).isNull());
-    CHECK_SANITY(stage);
-}
-
-void tst_TableEdits::endMakesAnyRuleAFixedDuration_data()
-{
-    QTest::addColumn<int>("rule");
-
-    QTest::addRow("fixed") << 0;
-    QTest::addRow("linked") << 1;
-    QTest::addRow("cycles") << 2;
-    QTest::addRow("unknown") << 7;
-}
-
-void tst_TableEdits::endMakesAnyRuleAFixedDuration()
-{
-    QFETCH(int, rule);
-    EditorStage stage;
-    WidgetStub *child = stage.add(1);
-    stage.add(2)->with("endfixedtime", 4000);
-    child->with("startfixedtime", 1000).with("endtype", rule).with("endlinkeid", 2);
-    child->with("endcyclecount", 3);
-    stage.effect.updateEffectTimes();
-    stage.open();
-
-    stage.typeIntoCell(stage.rowOf(1), EndColumn, QStringLiteral("6"));
-
-    QCOMPARE(child->text("endtype"), QStringLiteral("0"));
-    QCOMPARE(child->text("endfixedtime"), QStringLiteral("5000"));
-    QCOMPARE(child->text("startfixedtime"), QStringLiteral("1000"));
-    QCOMPARE(child->text("end"), QStringLiteral("6000"));
-    QVERIFY(stage.table().pixmap(stage.rowOf(1), EndColumn).isNull());
-    CHECK_SANITY(stage);
-}
-
-void tst_TableEdits::typing2point5InStartOfALinkedChildMakesItFixedAt2500Ms()
-{
-    EditorStage stage;
-    WidgetStub *child = stage.add(1);
-    stage.add(2);
-    child->with("starttype", 1).with("startlinkeid", 2);
-    stage.open();
-
-    stage.typeIntoCell(stage.rowOf(1), StartColumn, QStringLiteral("2.5"));
-
-    QCOMPARE(child->text("starttype"), QStringLiteral("0"));
-    QCOMPARE(child->text("startfixedtime"), QStringLiteral("2500"));
-    CHECK_SANITY(stage);
-}
-
-void tst_TableEdits::typing1InEndOfAChildThatBeginsAt3000MsSetsADurationOf0()
-{
-    EditorStage stage;
-    WidgetStub *child = stage.add(1);
-    child->with("startfixedtime", 3000).with("endfixedtime", 500);
-    stage.effect.updateEffectTimes();
-    stage.open();
-
-    stage.typeIntoCell(0, EndColumn, QStringLiteral("1"));
-
-    QCOMPARE(child->text("endtype"), QStringLiteral("0"));
-    QCOMPARE(child->text("endfixedtime"), QStringLiteral("0"));
-    CHECK_SANITY(stage);
-}
-
-void tst_TableEdits::typingAbcInFadeInSets0()
-{
-    EditorStage stage;
-    WidgetStub *child = stage.add(1);
-    child->with("fadein", 500);
-    stage.open();
-
-    stage.typeIntoCell(0, FadeInColumn, QStringLiteral("abc"));
-
-    QCOMPARE(child->text("fadein"), QStringLiteral("0"));
-}
-
-void tst_TableEdits::typingMinus4InStartStartsAt0()
-{
-    EditorStage stage;
-    WidgetStub *child = stage.add(1);
-    child->with("startfixedtime", 500);
-    stage.open();
-
-    stage.typeIntoCell(0, StartColumn, QStringLiteral("-4"));
-
-    QCOMPARE(child->text("starttype"), QStringLiteral("0"));
-    QCOMPARE(child->text("startfixedtime"), QStringLiteral("0"));
-    CHECK_SANITY(stage);
 }
 
 // --- What an edit does besides ---
@@ -837,6 +384,29 @@ void tst_TableEdits::rowWithoutAChildWritesNothing()
     QCOMPARE(passes(), passesBefore);
 }
 
+void tst_TableEdits::groupOfARowWithoutAChildOpensNoPicker_data()
+{
+    rowWithoutAChildWritesNothing_data();
+}
+
+void tst_TableEdits::groupOfARowWithoutAChildOpensNoPicker()
+{
+    QFETCH(int, row);
+    QFETCH(QString, eid);
+    EditorStage stage;
+    stage.add(0);
+    stage.add(1);
+    stage.open();
+    stage.table().setText(0, EidColumn, eid);
+    const QStringList before = savedChildren(stage.effect);
+    const PickerUser user(PickerUser::picking(QStringLiteral("Windows")));
+
+    stage.effect.handleClicked(row, GroupColumn, Qt::LeftButton, {});
+
+    QCOMPARE(user.pickers(), 0);
+    QCOMPARE(savedChildren(stage.effect), before);
+}
+
 void tst_TableEdits::repeatedEidMeansTheLastChildInListOrder_data()
 {
     QTest::addColumn<int>("firstPriority");
@@ -1049,384 +619,6 @@ void tst_TableEdits::typedTextFollowsItsRowThroughASort()
     QCOMPARE(stage.table().text(stage.rowOf(2), FadeInColumn), QStringLiteral("2.5"));
     QCOMPARE(stage.table().text(stage.rowOf(1), FadeInColumn), QStringLiteral("0"));
     CHECK_SANITY(stage);
-}
-
-// --- The group picker ---
-
-void tst_TableEdits::leftClickOnAGroupOpensThePicker()
-{
-    EditorStage stage;
-    stage.add(1);
-    MetaWidget &form = stage.open();
-    const PickerUser user([&form](GroupPickerDialog &dialog) {
-        QCOMPARE(dialog.objectName(), QStringLiteral("Group Picker"));
-        QCOMPARE(dialog.parentWidget(), &form);
-        QVERIFY(dialog.isModal());
-        QCOMPARE(dialog.windowFlags(), QDialog(&form).windowFlags());
-        QVERIFY(dialog.m_groupListView->topLevelItemCount() > 0);
-    });
-
-    stage.click(0, GroupColumn);
-
-    QCOMPARE(user.pickers(), 1);
-}
-
-void tst_TableEdits::rightClickOnAGroupDoesNothing()
-{
-    EditorStage stage;
-    stage.add(1);
-    stage.open();
-    const PickerUser user(PickerUser::picking(QStringLiteral("Windows")));
-
-    stage.click(0, GroupColumn, {}, Qt::RightButton);
-    stage.click(0, GroupColumn, {}, Qt::RightButton);
-
-    QCOMPARE(user.pickers(), 0);
-    QCOMPARE(stage.effect.getEffect(1)->getPropertyString("gid"), QString());
-}
-
-void tst_TableEdits::middleClickOnAGroupDoesNothing()
-{
-    EditorStage stage;
-    stage.add(1);
-    stage.open();
-    const PickerUser user(PickerUser::picking(QStringLiteral("Windows")));
-
-    stage.click(0, GroupColumn, {}, Qt::MiddleButton);
-    stage.effect.handleClicked(0, GroupColumn, Qt::MiddleButton, {});
-    stage.effect.handleClicked(0, GroupColumn, Qt::NoButton, {});
-    stage.effect.handleClicked(0, GroupColumn, Qt::LeftButton | Qt::RightButton, {});
-
-    QCOMPARE(user.pickers(), 0);
-    QCOMPARE(stage.effect.getEffect(1)->getPropertyString("gid"), QString());
-}
-
-void tst_TableEdits::leftClickOnThePriorityDoesNothing()
-{
-    EditorStage stage;
-    stage.add(1);
-    stage.open();
-    stage.selectEid(1);
-    const QStringList before = savedChildren(stage.effect);
-    const PickerUser user(PickerUser::picking(QStringLiteral("Windows")));
-
-    stage.click(0, PriorityColumn);
-    stage.click(0, PriorityColumn);
-
-    QCOMPARE(user.pickers(), 0);
-    QCOMPARE(savedChildren(stage.effect), before);
-}
-
-void tst_TableEdits::leftClickElsewhereOpensNoPicker_data()
-{
-    QTest::addColumn<int>("column");
-
-    for (int column = -1; column <= 9; ++column) {
-        if (column != GroupColumn)
-            QTest::addRow("column %d", column) << column;
-    }
-}
-
-void tst_TableEdits::leftClickElsewhereOpensNoPicker()
-{
-    QFETCH(int, column);
-    EditorStage stage;
-    stage.add(1);
-    stage.open();
-    const PickerUser user(PickerUser::picking(QStringLiteral("Windows")));
-
-    if (column >= NameColumn && column <= FadeOutColumn)
-        stage.click(0, column);
-    stage.effect.handleClicked(0, column, Qt::LeftButton, {});
-
-    QCOMPARE(user.pickers(), 0);
-    QCOMPARE(stage.effect.getEffect(1)->getPropertyString("gid"), QString());
-}
-
-void tst_TableEdits::groupOfARowWithoutAChildOpensNoPicker_data()
-{
-    rowWithoutAChildWritesNothing_data();
-}
-
-void tst_TableEdits::groupOfARowWithoutAChildOpensNoPicker()
-{
-    QFETCH(int, row);
-    QFETCH(QString, eid);
-    EditorStage stage;
-    stage.add(0);
-    stage.add(1);
-    stage.open();
-    stage.table().setText(0, EidColumn, eid);
-    const QStringList before = savedChildren(stage.effect);
-    const PickerUser user(PickerUser::picking(QStringLiteral("Windows")));
-
-    stage.effect.handleClicked(row, GroupColumn, Qt::LeftButton, {});
-
-    QCOMPARE(user.pickers(), 0);
-    QCOMPARE(savedChildren(stage.effect), before);
-}
-
-void tst_TableEdits::acceptedGroupIsStoredAndShown_data()
-{
-    QTest::addColumn<int>("how");
-    QTest::addColumn<QString>("gid");
-    QTest::addColumn<QString>("shown");
-
-    QTest::addRow("click and Return") << 0 << "11"
-                                      << "Windows";
-    QTest::addRow("double click") << 1 << "11"
-                                  << "Windows";
-    QTest::addRow("the first group, by Return alone") << 2 << "10"
-                                                      << "Roof";
-    QTest::addRow("a synchronized group") << 3 << "12"
-                                          << "Door";
-}
-
-void tst_TableEdits::acceptedGroupIsStoredAndShown()
-{
-    QFETCH(int, how);
-    QFETCH(QString, gid);
-    QFETCH(QString, shown);
-    EditorStage stage;
-    WidgetStub *child = stage.add(1);
-    stage.add(2)->with("gid", 10);
-    stage.open();
-    const int row = stage.rowOf(1);
-    QStringList expected = stage.row(row);
-    expected[GroupColumn] = shown;
-    const QStringList other = stage.row(stage.rowOf(2));
-    const PickerUser user([how](GroupPickerDialog &dialog) {
-        if (how == 0 || how == 1)
-            PickerUser::click(dialog, QStringLiteral("Windows"));
-        if (how == 3) {
-            QTest::mouseClick(dialog.m_syncBox, Qt::LeftButton, {},
-                              {8, dialog.m_syncBox->height() / 2});
-            PickerUser::click(dialog, QStringLiteral("Door"));
-        }
-        if (how == 1)
-            PickerUser::doubleClick(dialog, QStringLiteral("Windows"));
-        else
-            PickerUser::accept(dialog);
-    });
-
-    stage.click(row, GroupColumn);
-
-    QCOMPARE(user.pickers(), 1);
-    QCOMPARE(child->text("gid"), gid);
-    QCOMPARE(stage.row(row), expected);
-    QCOMPARE(stage.row(stage.rowOf(2)), other);
-    QCOMPARE(stage.effect.getEffect(2)->getPropertyString("gid"), QStringLiteral("10"));
-    CHECK_SANITY(stage);
-}
-
-void tst_TableEdits::cancelRestoresTheGroupAfterOthersWereClicked_data()
-{
-    QTest::addColumn<int>("how");
-
-    QTest::addRow("Escape") << 0;
-    QTest::addRow("Cancel button") << 1;
-    QTest::addRow("closing the window") << 2;
-}
-
-void tst_TableEdits::cancelRestoresTheGroupAfterOthersWereClicked()
-{
-    QFETCH(int, how);
-    EditorStage stage;
-    WidgetStub *child = stage.add(1);
-    child->with("gid", 12);
-    stage.open();
-    const QStringList row = stage.row(0);
-    QCOMPARE(row.at(GroupColumn), QStringLiteral("Door"));
-    child->changes.clear();
-    const PickerUser user([how](GroupPickerDialog &dialog) {
-        PickerUser::click(dialog, QStringLiteral("Windows"));
-        PickerUser::click(dialog, QStringLiteral("Roof"));
-        switch (how) {
-        case 0: PickerUser::cancel(dialog); break;
-        case 1: QTest::mouseClick(dialog.buttonCancel, Qt::LeftButton); break;
-        default: dialog.close(); break;
-        }
-    });
-
-    stage.effect.handleClicked(0, GroupColumn, Qt::LeftButton, {});
-
-    QCOMPARE(user.pickers(), 1);
-    QCOMPARE(child->changes, QStringList({"gid=11", "gid=10", "gid=12"}));
-    QCOMPARE(stage.row(0), row);
-}
-
-void tst_TableEdits::cancelWritesTheFormerGroupInDecimal_data()
-{
-    QTest::addColumn<QString>("former");
-    QTest::addColumn<QString>("written");
-
-    QTest::addRow("a group") << "12"
-                             << "12";
-    QTest::addRow("a uid of 32 bits") << "4294967295"
-                                      << "4294967295";
-    QTest::addRow("leading zeros") << "0012"
-                                   << "12";
-    QTest::addRow("no number") << "abc"
-                               << "0";
-    QTest::addRow("empty") << ""
-                           << "0";
-}
-
-void tst_TableEdits::cancelWritesTheFormerGroupInDecimal()
-{
-    QFETCH(QString, former);
-    QFETCH(QString, written);
-    EditorStage stage;
-    WidgetStub *child = stage.add(1);
-    child->with("gid", former);
-    stage.open();
-    const PickerUser user;
-
-    stage.click(0, GroupColumn);
-
-    QCOMPARE(user.pickers(), 1);
-    QCOMPARE(child->text("gid"), written);
-}
-
-void tst_TableEdits::groupThatVanishesInThePickerLeavesTheCell()
-{
-    EditorStage stage;
-    WidgetStub *child = stage.add(1);
-    child->with("gid", 10);
-    stage.open();
-    const QStringList row = stage.row(0);
-    const PickerUser user([&stage](GroupPickerDialog &dialog) {
-        PickerUser::click(dialog, QStringLiteral("Windows"));
-        stage.map.removeGroup(11);
-        PickerUser::accept(dialog);
-    });
-
-    stage.click(0, GroupColumn);
-
-    QCOMPARE(user.pickers(), 1);
-    QCOMPARE(child->text("gid"), QStringLiteral("11"));
-    QCOMPARE(stage.row(0), row);
-}
-
-void tst_TableEdits::pickingRunsNoPassAndLeavesTheDirtyFlag_data()
-{
-    QTest::addColumn<QString>("group");
-    QTest::addColumn<bool>("dirty");
-
-    for (const bool dirty : {false, true}) {
-        const char *state = dirty ? "dirty" : "clean";
-        QTest::addRow("accepted, %s", state) << "Windows" << dirty;
-        QTest::addRow("cancelled, %s", state) << "" << dirty;
-    }
-}
-
-void tst_TableEdits::pickingRunsNoPassAndLeavesTheDirtyFlag()
-{
-    QFETCH(QString, group);
-    QFETCH(bool, dirty);
-    EditorStage stage;
-    stage.add(1);
-    stage.open();
-    stage.effect.setOwnDirty(dirty);
-    const int before = passes();
-    const PickerUser user(group.isEmpty() ? PickerUser::Answer() : PickerUser::picking(group));
-
-    stage.effect.handleClicked(0, GroupColumn, Qt::LeftButton, {});
-
-    QCOMPARE(user.pickers(), 1);
-    QCOMPARE(passes(), before);
-    QCOMPARE(stage.effect.ownDirty(), dirty);
-}
-
-void tst_TableEdits::pickedGroupIsShownInTheRowWhereverItMoved()
-{
-    EditorStage stage;
-    for (quint32 eid = 1; eid <= 3; ++eid)
-        stage.add(eid);
-    stage.open();
-    const int row = stage.rowOf(3);
-    const PickerUser user([&stage](GroupPickerDialog &dialog) {
-        stage.effect.handleHeaderClicked(NameColumn);
-        stage.effect.removeFromTable(1);
-        PickerUser::picking(QStringLiteral("Windows"))(dialog);
-    });
-
-    stage.click(row, GroupColumn);
-
-    QCOMPARE(user.pickers(), 1);
-    QCOMPARE(stage.column(EidColumn), QStringList({"2", "3"}));
-    QCOMPARE(stage.column(GroupColumn), QStringList({"None", "Windows"}));
-}
-
-void tst_TableEdits::pickedGroupIsShownInNoRowWhenItsOwnIsGone()
-{
-    EditorStage stage;
-    for (quint32 eid = 1; eid <= 3; ++eid)
-        stage.add(eid);
-    stage.open();
-    const PickerUser user([&stage](GroupPickerDialog &dialog) {
-        stage.effect.removeFromTable(2);
-        PickerUser::picking(QStringLiteral("Windows"))(dialog);
-    });
-
-    stage.click(stage.rowOf(2), GroupColumn);
-
-    QCOMPARE(user.pickers(), 1);
-    QCOMPARE(stage.effect.getEffect(2)->getPropertyString("gid"), QStringLiteral("11"));
-    QCOMPARE(stage.column(GroupColumn), QStringList({"None", "None"}));
-}
-
-void tst_TableEdits::pickedGroupIsShownInTheRowThatWasMadeAnew()
-{
-    EditorStage stage;
-    stage.add(1);
-    stage.add(2);
-    stage.open();
-    const PickerUser user([&stage](GroupPickerDialog &dialog) {
-        stage.effect.refreshMetaWidget();
-        PickerUser::picking(QStringLiteral("Windows"))(dialog);
-    });
-
-    stage.click(stage.rowOf(2), GroupColumn);
-
-    QCOMPARE(user.pickers(), 1);
-    QCOMPARE(stage.table().text(stage.rowOf(2), GroupColumn), QStringLiteral("Windows"));
-    QCOMPARE(stage.table().text(stage.rowOf(1), GroupColumn), QStringLiteral("None"));
-    CHECK_SANITY(stage);
-}
-
-void tst_TableEdits::groupOfARepeatedEidIsShownInTheClickedRow()
-{
-    EditorStage stage;
-    WidgetStub *first = stage.add(5);
-    WidgetStub *last = stage.add(5);
-    stage.open();
-    const PickerUser user(PickerUser::picking(QStringLiteral("Windows")));
-
-    stage.click(1, GroupColumn);
-
-    QCOMPARE(user.pickers(), 1);
-    QCOMPARE(first->text("gid"), QString());
-    QCOMPARE(last->text("gid"), QStringLiteral("11"));
-    QCOMPARE(stage.column(GroupColumn), QStringList({"None", "Windows"}));
-}
-
-void tst_TableEdits::pickerIsGoneAfterwards()
-{
-    EditorStage stage;
-    stage.add(1);
-    stage.open();
-    for (const QString &group : {QStringLiteral("Windows"), QString()}) {
-        QPointer<GroupPickerDialog> seen;
-        const PickerUser user([&](GroupPickerDialog &dialog) {
-            seen = &dialog;
-            if (!group.isEmpty())
-                PickerUser::picking(group)(dialog);
-        });
-        stage.effect.handleClicked(0, GroupColumn, Qt::LeftButton, {});
-        QCOMPARE(user.pickers(), 1);
-        QVERIFY(!seen);
-    }
 }
 
 QTEST_MAIN(tst_TableEdits)

@@ -101,6 +101,14 @@ QStringList EditorStage::column(int column) const
     return texts;
 }
 
+QStringList EditorStage::items(const QComboBox *chooser)
+{
+    QStringList texts;
+    for (int i = 0; i < chooser->count(); ++i)
+        texts.append(chooser->itemText(i));
+    return texts;
+}
+
 // --- What a user does ---
 
 void EditorStage::click(int row, int column, Qt::KeyboardModifiers modifiers,

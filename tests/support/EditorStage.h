@@ -66,6 +66,7 @@ public:
     QStringList row(int row) const;
     QStringList column(int column) const;
     int rowOf(quint32 eid) { return effect.getRow(eid); }
+    static QStringList items(const QComboBox *chooser);
 
     // --- What a user does. ---
 
