@@ -64,10 +64,10 @@ void Editor::refreshMetaWidget()
     m_form.m_effectComboBox->addItems(typesOfferedAnew(m_context.effectLib));
 }
 
-void Editor::showNewChild(Effect &child)
+void Editor::select(Effect &child)
 {
     m_panel.finishTyping(); // while it still means the child that was selected
-    m_table.appendSelected(child);
+    m_table.selectOnly(child);
     m_context.roster.selection().clear();
     m_context.roster.selection().append(&child);
     refreshWidgets();
@@ -92,18 +92,14 @@ void Editor::refreshWidgets()
     m_panel.show(child);
 }
 
-void Editor::followRules()
-{
-    const EffectList &selection = m_context.roster.selection();
-    if (selection.count() == 1)
-        m_panel.follow(*selection.at(0));
-}
-
 void Editor::handleValueChanged(int row, int column)
 {
     m_edits.handleValueChanged(row, column);
-    if (column == StartColumn || column == EndColumn) // with others this editor may be gone
-        followRules();
+    if (column != StartColumn && column != EndColumn)
+        return; // a question about the type may have outlived this editor
+    const EffectList &selection = m_context.roster.selection();
+    if (selection.count() == 1)
+        m_panel.follow(*selection.at(0));
 }
 
 void Editor::handleCurrentChanged(int row)

@@ -32,14 +32,13 @@ public:
     /// Makes all rows anew. The chooser of new effects gets a second copy of the types' names,
     /// "White Fade" and "Text" included.
     void refreshMetaWidget();
-    /// Appends a row for a new child and selects it.
-    void showNewChild(Effect &child);
+    /// Appends a row for a new child.
+    void append(Effect &child) { m_table.append(child); }
+    /// Selects the child, and no other, and shows it.
+    void select(Effect &child);
     /// Shows the parameters and the times of the selected child. With several selected the selection
     /// is emptied, so that nothing is done to children of which the user sees but one.
     void refreshWidgets();
-
-    /// Shows the rules of the selected child as they are by now, without writing anything.
-    void followRules();
 
     void handleValueChanged(int row, int column);
     void handleCurrentChanged(int row);

@@ -73,12 +73,22 @@ void EffectTable::clear()
     m_table.setNumRows(0);
 }
 
-void EffectTable::appendSelected(Effect &child)
+void EffectTable::append(Effect &child)
 {
     const int row = m_table.rowCount();
     m_table.setNumRows(row + 1);
     addToWidget(&child, row);
-    m_table.selectOnly(row);
+}
+
+// A child with an eid that another has is found in its own row: it is the newest, hence the last.
+void EffectTable::selectOnly(const Effect &child)
+{
+    const quint32 eid = keys::eid.read(child);
+    int row = m_table.rowCount() - 1;
+    while (row >= 0 && eidOfRow(m_table, row) != eid)
+        --row;
+    if (row >= 0)
+        m_table.selectOnly(row);
 }
 
 void EffectTable::addToWidget(Effect *child, int row)

@@ -26,8 +26,10 @@ public:
     /// Appends a row for every child, the last one first.
     void appendChildren();
     void clear();
-    /// Appends a row, fills it and makes it the only selected one, without telling anybody.
-    void appendSelected(Effect &child);
+    /// Appends a row and fills it.
+    void append(Effect &child);
+    /// Makes the child's last row the only selected one, without telling anybody.
+    void selectOnly(const Effect &child);
     /// Fills an existing row. Null is ignored.
     void addToWidget(Effect *child, int row);
 

@@ -1,12 +1,9 @@
 #include "ChildTransfer.h"
 
-#include "ChildKeys.h"
+#include "Effect.h"
 #include "EffectList.h"
 
 #include <QTextStream>
-
-#include <initializer_list>
-#include <vector>
 
 namespace meta::transfer {
 
@@ -15,20 +12,6 @@ namespace {
 QString marker()
 {
     return QStringLiteral("<EFFECT-ENTRY>");
-}
-
-// All that a rule is made of.
-std::vector<const TextKey *> ruleKeys()
-{
-    std::vector<const TextKey *> found;
-    for (const RuleKeys *rule : {&keys::startRule, &keys::endRule}) {
-        for (const TextKey *key :
-             std::initializer_list<const TextKey *>{&rule->type, &rule->fixedTime, &rule->linkEid,
-                                                    &rule->linkStart, &rule->linkOffset})
-            found.push_back(key);
-    }
-    found.push_back(&keys::endCycleCount);
-    return found;
 }
 
 } // namespace
@@ -48,24 +31,6 @@ void writeChildren(QTextStream &stream, const EffectList &children)
 QStringList pieces(const QString &text)
 {
     return text.split(marker(), Qt::SkipEmptyParts);
-}
-
-KeptRules::KeptRules(Effect &child) : m_child(&child)
-{
-    for (const TextKey *key : ruleKeys())
-        m_texts.append(key->readText(child));
-}
-
-void KeptRules::restore() const
-{
-    if (!m_child)
-        return;
-    qsizetype index = 0;
-    for (const TextKey *key : ruleKeys()) {
-        const QString &text = m_texts.at(index++);
-        if (key->readText(*m_child) != text)
-            key->writeText(*m_child, text.isEmpty() ? QStringLiteral("0") : text);
-    }
 }
 
 } // namespace meta::transfer

@@ -10,6 +10,8 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QIODevice>
+#include <QPointer>
+#include <QScopedValueRollback>
 #include <QTextStream>
 
 #include <algorithm>
@@ -128,8 +130,11 @@ void MetaEffect::addChild(Effect *child)
     m_roster.insert(child);
     adopt(*child);
     m_roster.raiseNextEid(*child);
-    if (m_editor) {
-        m_editor->showNewChild(*child);
+    if (!m_editor)
+        return;
+    m_editor->append(*child);
+    if (!m_isPasting) {
+        m_editor->select(*child);
         updateEndTime();
     }
 }
@@ -199,24 +204,28 @@ void MetaEffect::cutEffect(QTextStream &stream)
     refreshWidgets();
 }
 
+// An open editor gets its rows one by one, but shows only the last child, and that when all are there
+// and their times are resolved: what it shows it writes back, and a link to a child that is still to
+// come cannot be shown.
 void MetaEffect::pasteEffect(QString &text)
 {
     const QStringList pieces = transfer::pieces(text);
-    std::vector<transfer::KeptRules> rules;
-    for (const QString &piece : pieces) {
-        Effect *child = m_effectLib ? m_effectLib->createEffect(piece) : nullptr;
-        if (!child)
-            continue;
-        keys::eid.write(*child, m_roster.nextEid());
-        keys::name.writeText(*child, QStringLiteral("Copy of ") + keys::name.readText(*child));
-        rules.emplace_back(*child);
-        addChild(child);
+    QPointer<Effect> last;
+    {
+        const QScopedValueRollback pasting(m_isPasting, true);
+        for (const QString &piece : pieces) {
+            Effect *child = m_effectLib ? m_effectLib->createEffect(piece) : nullptr;
+            if (!child)
+                continue;
+            keys::eid.write(*child, m_roster.nextEid());
+            keys::name.writeText(*child, QStringLiteral("Copy of ") + keys::name.readText(*child));
+            addChild(child);
+            last = child;
+        }
     }
-    for (const transfer::KeptRules &kept : rules)
-        kept.restore();
     updateEffectTimes();
-    if (m_editor)
-        m_editor->followRules();
+    if (m_editor && last)
+        m_editor->select(*last);
 }
 
 void MetaEffect::deleteEffect(Effect *child)

@@ -153,6 +153,7 @@ private:
     meta::EditorContext editorContext();
     void forgetEditor();
 
+    bool m_isPasting = false; ///< the editor shows the last of several new children, not each
     bool loop = true;
     double brightness = 1.0;
     Group *m_group = nullptr;

@@ -52,7 +52,7 @@ public:
 
 private:
     PanelUser &add(const QString &step, const std::function<bool()> &tryOnce);
-    PanelUser &releaseMouse();
+    PanelUser &releaseMouse(const std::function<bool()> &pressAgain);
 
     struct Data;
     Data *m_data;

@@ -8,6 +8,7 @@
 
 #import <Cocoa/Cocoa.h>
 
+#include <memory>
 #include <objc/runtime.h>
 #include <unistd.h>
 
@@ -279,32 +280,43 @@ PanelUser &PanelUser::add(const QString &step, const std::function<bool()> &tryO
 
 PanelUser &PanelUser::click(const QString &button)
 {
-    add(QStringLiteral("click ") + button, [=] {
+    const auto press = [=] {
         NSButton *found = findView<NSButton>(
             [NSButton class], [&](NSButton *each) { return text([each title]) == button; });
         return found && [found isEnabled] && pressMouse(onScreen(found, [found bounds]));
-    });
-    return releaseMouse();
+    };
+    add(QStringLiteral("click ") + button, press);
+    return releaseMouse(press);
 }
 
 PanelUser &PanelUser::clickFile(const QString &name)
 {
-    add(QStringLiteral("click the file ") + name, [=] {
+    const auto press = [=] {
         NSMatrix *files = lastColumn();
         for (NSInteger row = 0; row < [files numberOfRows]; ++row) {
             if (cellText(files, row) == name)
                 return pressMouse(onScreen(files, [files cellFrameAtRow:row column:0]));
         }
         return false;
-    });
-    return releaseMouse();
+    };
+    add(QStringLiteral("click the file ") + name, press);
+    return releaseMouse(press);
 }
 
-// A release that comes before the press is taken would be lost.
-PanelUser &PanelUser::releaseMouse()
+// A release that comes before the press is taken would be lost. A press that nobody took, because
+// the panel was still arranging itself, is made again.
+PanelUser &PanelUser::releaseMouse(const std::function<bool()> &pressAgain)
 {
-    return add(QStringLiteral("release the mouse"), [] {
-        return isTrackingMouse() && xdotool({QStringLiteral("mouseup"), QStringLiteral("1")});
+    constexpr int patience = 50; // ticks
+    const auto ticks = std::make_shared<int>(0);
+    return add(QStringLiteral("release the mouse"), [=] {
+        const bool isTaken = isTrackingMouse();
+        const bool isLost = !isTaken && ++*ticks % patience == 0;
+        if (isTaken || isLost)
+            xdotool({QStringLiteral("mouseup"), QStringLiteral("1")});
+        if (isLost)
+            pressAgain();
+        return isTaken;
     });
 }
 
