@@ -101,6 +101,13 @@ AskSetting &askSetting()
     return setting;
 }
 
+TypeChange::TypeChange(MetaWidget *form, const EditorContext &context)
+    : m_form(form), m_context(context)
+{
+}
+
+TypeChange::~TypeChange() = default;
+
 void TypeChange::change(Effect &child, const QString &newType)
 {
     if (askSetting().isOn()) {

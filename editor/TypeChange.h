@@ -3,6 +3,7 @@
 #include "EditorContext.h"
 
 #include <QPointer>
+#include <QString>
 
 class MetaWidget;
 
@@ -23,7 +24,8 @@ class TypeChange
 {
 public:
     /// @param form parent of the question; null while the editor is not open
-    TypeChange(MetaWidget *form, const EditorContext &context) : m_form(form), m_context(context) {}
+    TypeChange(MetaWidget *form, const EditorContext &context);
+    ~TypeChange();
     Q_DISABLE_COPY_MOVE(TypeChange)
 
     /// Asks first, unless that is switched off; the host may delete the form, the child or the meta

@@ -61,6 +61,7 @@ private slots:
     void nestedMetaEffectIsPastedWithWhatItHolds();
     void pasteGoesToTheMetaEffectWhoseMenuItIs();
     void manyChildrenArePasted();
+    void pasteShowsItsLastChildAlone();
     void pastingWhileTheUserIsAtSomething_data();
     void pastingWhileTheUserIsAtSomething();
 };
@@ -661,6 +662,22 @@ void tst_Clipboard::manyChildrenArePasted()
     QCOMPARE(stage.selectedEids(), QStringList({QString::number(many + 3)}));
     QCOMPARE(stage.row(many + 2).mid(StartColumn, 2), QStringList({"4", "5"}));
     CHECK_SANITY(stage);
+}
+
+void tst_Clipboard::pasteShowsItsLastChildAlone()
+{
+    OpenStage stage;
+    putOnClipboard(entryOf(*stage.stub(2)).repeated(3));
+
+    QVERIFY(chooseWithKeys(stage, PasteEntry));
+
+    QList<int> requests;
+    for (const unsigned long eid : {4, 5, 6}) {
+        const auto *child = qobject_cast<WidgetStub *>(stage.effect.getEffect(eid));
+        QVERIFY(child);
+        requests.append(child->widgetRequests);
+    }
+    QCOMPARE(requests, QList<int>({0, 0, 1}));
 }
 
 void tst_Clipboard::pastingWhileTheUserIsAtSomething_data()
