@@ -1,3 +1,4 @@
+#include "EndSignals.h"
 #include "LogCapture.h"
 #include "MetaStage.h"
 
@@ -14,26 +15,6 @@ QString times(const Effect *effect)
     return effect->getPropertyString(QStringLiteral("begin")) + QStringLiteral("..")
            + effect->getPropertyString(QStringLiteral("end"));
 }
-
-/// Notes the two signals that tell of a new end, in the order in which they come.
-class EndSignals
-{
-public:
-    explicit EndSignals(MetaEffect &effect)
-    {
-        QObject::connect(
-            &effect, &MetaEffect::endTimeChanged, &m_context,
-            [this](unsigned long end) { noted.append(QStringLiteral("end %1").arg(end)); });
-        QObject::connect(
-            &effect, &Effect::cycleTimeChanged, &m_context,
-            [this](unsigned long time) { noted.append(QStringLiteral("cycle %1").arg(time)); });
-    }
-
-    QStringList noted;
-
-private:
-    QObject m_context;
-};
 
 } // namespace
 
