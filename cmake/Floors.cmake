@@ -22,10 +22,14 @@ set(rooms
     "^rehearsal/framework/[^/]+$"                               rehearsal  1      core
     "^rehearsal/effects/[^/]+$"                                 rehearsal  2      core
     "^rehearsal/show/[^/]+$"                                    rehearsal  3      core
-    "^rehearsal/app/[^/]+$"                                     rehearsal  4      any)
+    "^rehearsal/(playback|document)/[^/]+$"                     rehearsal  4      core
+    "^rehearsal/render/[^/]+$"                                  rehearsal  4      any
+    "^rehearsal/(stage|timeline)/[^/]+$"                        rehearsal  5      any
+    "^rehearsal/window/[^/]+$"                                  rehearsal  6      any
+    "^rehearsal/app/[^/]+$"                                     rehearsal  7      any)
 
 # Files that are in no room and need none.
-set(elsewhere "^(build|tests|bench|fuzz|docs|examples|cmake|tools)/|^[.]|/[.]")
+set(elsewhere "^(build|tests|bench|soak|fuzz|docs|examples|cmake|tools)/|^[.]|/[.]")
 
 # Sets <prefix>Side, <prefix>Floor and <prefix>Qt for a file given relative to the root; they are
 # empty for a file that no room claims.

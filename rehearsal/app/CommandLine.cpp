@@ -3,7 +3,6 @@
 #include "FrameTimes.h"
 
 #include <QCommandLineParser>
-#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -140,25 +139,19 @@ Request readImport(const QCommandLineParser &parser, const QString &sequence)
         sequence, show, {.linkAdjacent = parser.isSet(QStringLiteral("link-adjacent"))}};
 }
 
-Request readPlain(const QCommandLineParser &, const QString &show)
+Request readWindow(const QCommandLineParser &, const QString &show)
 {
-    const QString name = QDir::current().absoluteFilePath(QFileInfo(show).completeBaseName());
-    RenderRequest request;
-    request.showFile = show;
-    request.tableFile = name + QStringLiteral(".csv");
-    request.pictureFile = name + QStringLiteral(".png");
-    checkOutputs(request);
-    return request;
+    return WindowRequest{show};
 }
 
 const std::vector<Command> &commands()
 {
     static const std::vector<Command> all{
         {QString(),
-         QStringLiteral("SHOW"),
-         QStringLiteral("renders a show to a table and a picture in the current directory"),
+         QStringLiteral("[SHOW]"),
+         QStringLiteral("opens the window on a show, or on a new one; needs a display"),
          {},
-         readPlain},
+         readWindow},
         {QStringLiteral("render"),
          QStringLiteral("SHOW"),
          QStringLiteral("plays a show in simulated time and writes what its lights show"),
@@ -280,8 +273,13 @@ const Command &takeCommand(QStringList &arguments)
 QString onlyOperand(const QCommandLineParser &parser, const Command &command)
 {
     const QStringList operands = parser.positionalArguments();
-    if (operands.isEmpty() || operands.first().isEmpty())
-        throw UsageFault{QStringLiteral("%1 is missing").arg(command.operand)};
+    const bool isOptional = command.operand.startsWith(u'[');
+    if (operands.isEmpty() && isOptional)
+        return {};
+    if (operands.isEmpty() || operands.first().isEmpty()) {
+        const QString name = isOptional ? command.operand.mid(1).chopped(1) : command.operand;
+        throw UsageFault{QStringLiteral("%1 is missing").arg(name)};
+    }
     if (operands.size() > 1)
         throw UsageFault{QStringLiteral("'%1' is one argument too many").arg(operands[1])};
     return operands.first();

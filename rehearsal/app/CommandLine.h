@@ -4,6 +4,7 @@
 #include "InspectCommand.h"
 #include "RenderCommand.h"
 #include "ResolveCommand.h"
+#include "WindowCommand.h"
 
 #include <QStringList>
 
@@ -23,7 +24,9 @@ struct CommandLine
 {
     bool showsDebugLines = false;
     QString pluginFile; ///< empty: the one that belongs to the program
-    std::variant<TextRequest, RenderRequest, InspectRequest, ResolveRequest, ImportRequest> request;
+    std::variant<TextRequest, WindowRequest, RenderRequest, InspectRequest, ResolveRequest,
+                 ImportRequest>
+        request;
 };
 
 /// Nothing and a fault, in one line, when the arguments make no sense.

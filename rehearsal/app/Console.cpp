@@ -4,16 +4,6 @@
 
 namespace rehearsal {
 
-QString singleLine(QString text)
-{
-    for (QChar &c : text) {
-        if (c.category() == QChar::Other_Control || c == QChar::LineSeparator
-            || c == QChar::ParagraphSeparator)
-            c = u' ';
-    }
-    return text;
-}
-
 Console::Console(QTextStream &out, QTextStream &errors, bool showsProgress)
     : m_out(out), m_errors(errors), m_showsProgress(showsProgress)
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QString>
+#include "SingleLine.h"
 
 class QTextStream;
 
@@ -11,9 +11,6 @@ enum ExitStatus {
     Fault = 1,     ///< a file or its content is at fault
     WrongUsage = 2 ///< the call makes no sense
 };
-
-/// The text with every control character and line break turned into a blank.
-QString singleLine(QString text);
 
 /// What a command says: its result on the one stream, faults and warnings on the other.
 class Console

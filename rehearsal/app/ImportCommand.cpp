@@ -1,5 +1,6 @@
 #include "ImportCommand.h"
 
+#include "ProgressBar.h"
 #include "ShowFile.h"
 
 #include <QTextStream>
@@ -23,6 +24,17 @@ void writeSummary(QTextStream &out, const QString &file, const ImportSummary &su
             << (type.isEmpty() ? QStringLiteral("(no name)") : singleLine(type)) << '\n';
 }
 
+std::unique_ptr<Show> import(const ImportRequest &request, const Show::TypeSetup &types,
+                             ImportSummary *summary, FileFault *fault, Console &console)
+{
+    ProgressBar bar(console, 100);
+    return importSequence(request.sequenceFile, types, request.options, summary, fault,
+                          [&bar](int percent) {
+                              bar.update(percent);
+                              return true;
+                          });
+}
+
 } // namespace
 
 ExitStatus importToShow(const ImportRequest &request, const Show::TypeSetup &types,
@@ -30,8 +42,7 @@ ExitStatus importToShow(const ImportRequest &request, const Show::TypeSetup &typ
 {
     FileFault fault;
     ImportSummary summary;
-    const std::unique_ptr<Show> show =
-        importSequence(request.sequenceFile, types, request.options, &summary, &fault);
+    const std::unique_ptr<Show> show = import(request, types, &summary, &fault, console);
     if (!show || !saveShow(*show, request.outFile, &fault))
         return console.fail(fault.message());
     writeSummary(console.out(), request.outFile, summary);

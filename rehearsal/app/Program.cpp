@@ -15,6 +15,10 @@ public:
     Runner(const Show::TypeSetup &types, Console &console) : m_types(types), m_console(console) {}
 
     ExitStatus operator()(const TextRequest &) const { return Done; }
+    ExitStatus operator()(const WindowRequest &request) const
+    {
+        return openWindow(request, m_types, m_console);
+    }
     ExitStatus operator()(const RenderRequest &request) const
     {
         return render(request, m_types, m_console);

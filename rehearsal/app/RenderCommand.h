@@ -2,18 +2,13 @@
 
 #include "Console.h"
 #include "Show.h"
-
-#include <optional>
+#include "ShowRender.h"
 
 namespace rehearsal {
 
-struct RenderRequest
+struct RenderRequest : RenderPlan
 {
     QString showFile;
-    double fps = 40;
-    std::optional<quint32> lengthMs; ///< one run of the longest effect if absent
-    QString tableFile;               ///< empty: no table
-    QString pictureFile;             ///< empty: no picture
 };
 
 /// Plays a show in simulated time from midnight on, and writes what its lights show.

@@ -6,18 +6,21 @@
 #include <QTextStream>
 
 #include <cstdio>
+#include <cstdlib>
 #include <unistd.h>
 
 using namespace rehearsal;
 
 namespace {
 
-// Qt tells, while it starts, of a locale or a runtime directory that it would like better. Neither
-// matters to a program without a window.
-void keepFatalMessages(QtMsgType type, const QMessageLogContext &, const QString &message)
+// Qt tells, while it starts, of a locale or a runtime directory that it would like better, and at
+// length of a display that does not answer, which is fatal.
+void keepFatalMessages(QtMsgType type, const QMessageLogContext &, const QString &)
 {
-    if (type == QtFatalMsg)
-        std::fprintf(stderr, "%s\n", qPrintable(message));
+    if (type != QtFatalMsg)
+        return;
+    std::fputs("rehearsal: the display does not answer\n", stderr);
+    std::_Exit(Fault);
 }
 
 QStringList textsOf(int count, char **texts)
@@ -41,11 +44,15 @@ int main(int argc, char **argv)
         console.fail(fault);
         return WrongUsage;
     }
-    qputenv("QT_QPA_PLATFORM", "offscreen"); // text in pictures needs an application, no display
+    if (!std::holds_alternative<WindowRequest>(commandLine->request) || !hasDisplay())
+        qputenv("QT_QPA_PLATFORM",
+                "offscreen"); // text in pictures needs an application, no display
     qputenv("QT_FORCE_STDERR_LOGGING", "1");
     qunsetenv("QT_LOGGING_RULES"); // --debug alone decides on the debug lines
     const QtMessageHandler usualHandler = qInstallMessageHandler(keepFatalMessages);
     int applicationArgc = 1; // the arguments are ours alone
+    QCoreApplication::setOrganizationName(QStringLiteral("rehearsal"));
+    QCoreApplication::setApplicationName(QStringLiteral("rehearsal"));
     const QApplication application(applicationArgc, argv);
     qInstallMessageHandler(usualHandler);
     return run(*commandLine, console);

@@ -2,11 +2,15 @@
 
 #include "EffectHost.h"
 #include "EffectText.h"
+#include "EffectWatch.h"
 #include "HostClock.h"
 #include "PropertyStore.h"
 #include "StageMap.h"
 
+#include <QScopedValueRollback>
 #include <QTextStream>
+
+#include <utility>
 
 using rehearsal::PropertyStore;
 using rehearsal::StageMap;
@@ -21,14 +25,40 @@ public:
     rehearsal::VerbatimText verbatim;
     std::vector<PropertyStore::Property> verbatimProperties; ///< as the text has them
     QString nestedText;
+
+    // What "transparency" and "priority" were set to outside frames, from the first frame on.
+    bool wasPlayed = false;
+    QString definedTransparency;
+    QString definedPriority;
+
+    /// The properties as they are to be saved.
+    std::vector<PropertyStore::Property> savedProperties() const;
+    /// Takes a text that was set outside frames; whether it is another one to be saved.
+    bool define(const QString &key, const QString &text);
 };
 
 namespace {
 
-// Playback writes these in every frame or pass; they do not make an effect unsaved.
+// How effects are being saved just now.
+bool savesDefinitions = false;
+std::vector<Effect *> *nestedCollector = nullptr;
+
+// Of known length, so that most keys are told apart by that.
+constexpr QStringView transparencyKey = u"transparency";
+constexpr QStringView priorityKey = u"priority";
+constexpr QStringView beginKey = u"begin";
+constexpr QStringView endKey = u"end";
+
+// Playback writes these anew in every frame.
+bool isWrittenByFrames(const QString &key)
+{
+    return key == transparencyKey || key == priorityKey;
+}
+
+// These in every frame or pass; they do not make an effect unsaved.
 bool isWrittenByPlayback(const QString &key)
 {
-    return key == u"transparency" || key == u"priority" || key == u"begin" || key == u"end";
+    return isWrittenByFrames(key) || key == beginKey || key == endKey;
 }
 
 rehearsal::HostClock &clockOf(MapModel *mapModel)
@@ -37,7 +67,46 @@ rehearsal::HostClock &clockOf(MapModel *mapModel)
     return mapModel ? static_cast<StageMap *>(mapModel)->clock() : wallClock;
 }
 
+rehearsal::EffectWatch *watchOf(MapModel *mapModel)
+{
+    return mapModel ? static_cast<StageMap *>(mapModel)->watch() : nullptr;
+}
+
+void countEffects(MapModel *mapModel, qint64 more)
+{
+    if (mapModel)
+        static_cast<StageMap *>(mapModel)->countEffects(more);
+}
+
+void reportChange(MapModel *mapModel, Effect &effect, const QString &key)
+{
+    if (rehearsal::EffectWatch *watch = watchOf(mapModel))
+        watch->effectChanged(effect, key);
+}
+
 } // namespace
+
+std::vector<PropertyStore::Property> Effect::HostPart::savedProperties() const
+{
+    std::vector<PropertyStore::Property> properties = store.properties();
+    if (!savesDefinitions || !wasPlayed)
+        return properties;
+    for (PropertyStore::Property &property : properties) {
+        if (property.key == transparencyKey)
+            property.text = definedTransparency;
+        else if (property.key == priorityKey)
+            property.text = definedPriority;
+    }
+    return properties;
+}
+
+bool Effect::HostPart::define(const QString &key, const QString &text)
+{
+    if (!wasPlayed || !isWrittenByFrames(key))
+        return false;
+    QString &defined = key == priorityKey ? definedPriority : definedTransparency;
+    return std::exchange(defined, text) != text;
+}
 
 Effect::Effect(MapModel *mapModel, unsigned long arg)
     : m_frameArg(arg),
@@ -52,9 +121,17 @@ Effect::Effect(MapModel *mapModel, unsigned long arg)
     store.bind(QStringLiteral("fadeout"), &m_fadeOutTime);
     store.bind(QStringLiteral("priority"), &m_priority);
     store.bind(QStringLiteral("transparency"), &m_transparency, 3);
+    countEffects(m_mapModel, 1);
+    if (rehearsal::EffectWatch *watch = watchOf(m_mapModel))
+        watch->effectsCameOrWent();
 }
 
-Effect::~Effect() = default;
+Effect::~Effect()
+{
+    countEffects(m_mapModel, -1);
+    if (rehearsal::EffectWatch *watch = watchOf(m_mapModel))
+        watch->effectsCameOrWent();
+}
 
 // --- What an effect type may leave as it is ---
 
@@ -115,13 +192,27 @@ void Effect::addChild(Effect *child)
 
 void Effect::setProperty(const QString &key, const QString &value)
 {
-    if (!m_hostPart->store.set(key, value))
+    const bool isInFrame = clockOf(m_mapModel).isInFrame();
+    if (isInFrame && !m_hostPart->wasPlayed) {
+        m_hostPart->definedTransparency = getPropertyString(QStringLiteral("transparency"));
+        m_hostPart->definedPriority = getPropertyString(QStringLiteral("priority"));
+        m_hostPart->wasPlayed = true;
+    }
+    if (!m_hostPart->store.set(key, value)) {
+        // What playback happened to write may become what the effect is.
+        if (!isInFrame && m_hostPart->define(key, value))
+            reportChange(m_mapModel, *this, key);
         return;
+    }
     if (!isWrittenByPlayback(key))
         m_dirty = true;
     internalSetProperty(key, value);
     if (m_hostPart->observer)
         m_hostPart->observer(key, value);
+    if (isInFrame && isWrittenByFrames(key))
+        return;
+    m_hostPart->define(key, value);
+    reportChange(m_mapModel, *this, key);
 }
 
 unsigned long Effect::getPropertyULong(const QString &key, bool *ok) const
@@ -165,9 +256,13 @@ void Effect::addPropertyDouble(const QString &key, double defaultValue, double *
 
 void Effect::save(QTextStream &stream)
 {
+    if (nestedCollector) {
+        nestedCollector->push_back(this);
+        return;
+    }
     if (!m_hostPart->verbatim.isEmpty()) {
         const std::vector<PropertyStore::Property> changed =
-            rehearsal::changedSince(m_hostPart->verbatimProperties, m_hostPart->store.properties());
+            rehearsal::changedSince(m_hostPart->verbatimProperties, m_hostPart->savedProperties());
         stream << QString(rehearsal::effectIndentation(m_level), u' ')
                << m_hostPart->verbatim.with(changed, m_level) << '\n';
         return;
@@ -175,7 +270,7 @@ void Effect::save(QTextStream &stream)
     rehearsal::writeEffectStart(stream, m_level,
                                 {getPropertyString(QStringLiteral("type")), getVersion(),
                                  QString::number(getBuildNumber())},
-                                m_hostPart->store.properties());
+                                m_hostPart->savedProperties());
     internalSave(stream);
     stream << m_hostPart->nestedText;
     rehearsal::writeEffectEnd(stream, m_level);
@@ -240,6 +335,25 @@ bool EffectHost::holdsEffects(const Effect &effect)
 int EffectHost::level(const Effect &effect)
 {
     return effect.m_level;
+}
+
+std::vector<Effect *> EffectHost::nested(Effect &effect)
+{
+    std::vector<Effect *> effects;
+    QString text;
+    QTextStream stream(&text);
+    const QScopedValueRollback collecting(nestedCollector, &effects);
+    effect.internalSave(stream);
+    return effects;
+}
+
+EffectHost::SavingDefinitions::SavingDefinitions() : m_outer(std::exchange(savesDefinitions, true))
+{
+}
+
+EffectHost::SavingDefinitions::~SavingDefinitions()
+{
+    savesDefinitions = m_outer;
 }
 
 void EffectHost::setObserver(Effect &effect, Observer observer)

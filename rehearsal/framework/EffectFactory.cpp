@@ -3,18 +3,34 @@
 #include "Effect.h"
 #include "EffectHost.h"
 #include "StageMap.h"
+#include "XmlBurden.h"
 
 #include <algorithm>
+#include <numeric>
 
 using rehearsal::EffectFactory;
+
+namespace {
+
+qint64 effectsIn(const rehearsal::EffectText &text)
+{
+    return std::accumulate(
+        text.nested.begin(), text.nested.end(), qint64{1},
+        [](qint64 sum, const rehearsal::EffectText &nested) { return sum + effectsIn(nested); });
+}
+
+} // namespace
 
 // --- What host/ declares ---
 
 Effect *EffectLib::createEffect(const QString &text)
 {
     auto *factory = static_cast<EffectFactory *>(this);
+    const qint64 room = rehearsal::maximumEffects - factory->map().effectCount();
+    if (room <= 0 || text.size() > rehearsal::maximumFileSize || rehearsal::findBurden(text))
+        return nullptr;
     const std::optional<rehearsal::EffectText> effect = rehearsal::parseEffect(text);
-    if (!effect || !factory->knows(effect->identity.type))
+    if (!effect || !factory->knows(effect->identity.type) || effectsIn(*effect) > room)
         return nullptr;
     return factory->build(*effect, text);
 }
@@ -139,6 +155,8 @@ Effect *EffectFactory::makePlaceholder(const EffectText &text, QStringView sourc
 
 void EffectFactory::noteUnknown(const EffectText &text, BuildLog &log) const
 {
+    if (log.unknownTypes.size() == BuildLog::maximumUnknownTypes)
+        return;
     const bool isNoted =
         std::any_of(log.unknownTypes.begin(), log.unknownTypes.end(),
                     [&text](const auto &unknown) { return unknown.first == text.identity.type; });

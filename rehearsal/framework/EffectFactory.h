@@ -25,7 +25,9 @@ public:
     {
         /// Every effect built, in the order of completion: nested ones before what holds them.
         std::vector<Effect *> built;
-        /// Effects of unknown types that were kept as placeholders: type and line, once a type.
+        /// Effects of unknown types that were kept as placeholders: type and line, once a type. Of
+        /// more types than the maximum, the first.
+        static constexpr std::size_t maximumUnknownTypes = 100;
         std::vector<std::pair<QString, qint64>> unknownTypes;
     };
 

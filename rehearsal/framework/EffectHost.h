@@ -25,6 +25,23 @@ public:
     static bool holdsEffects(const Effect &effect);
     static int level(const Effect &effect);
 
+    /// The effects that the effect holds, in its order; no deeper ones. Not to be asked for while the
+    /// effect is at work.
+    static std::vector<Effect *> nested(Effect &effect);
+
+    /// While one lives, effects are saved as they were defined: with the "transparency" and the
+    /// "priority" that they were given outside frames, whatever playback wrote over them.
+    class SavingDefinitions
+    {
+    public:
+        SavingDefinitions();
+        ~SavingDefinitions();
+        Q_DISABLE_COPY_MOVE(SavingDefinitions)
+
+    private:
+        bool m_outer;
+    };
+
     /// Called after every real change of a property; one observer an effect, an empty one removes it.
     static void setObserver(Effect &effect, Observer observer);
 

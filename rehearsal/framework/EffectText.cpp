@@ -83,6 +83,32 @@ void appendEscaped(QString &out, QStringView text, bool isAttribute)
     }
 }
 
+// In an attribute that cannot tell that it is base64, a mark stands for what XML cannot carry.
+void appendName(QString &out, QString name)
+{
+    if (!isXmlText(name)) {
+        for (QChar &c : name) {
+            if (!isXmlText(QStringView(&c, 1)))
+                c = QChar::ReplacementCharacter;
+        }
+    }
+    appendEscaped(out, name, true);
+}
+
+QString toBase64(const QString &text)
+{
+    return QString::fromLatin1(toWideUtf8(text).toBase64());
+}
+
+std::optional<QString> fromBase64(const QString &text)
+{
+    const auto decoded = QByteArray::fromBase64Encoding(text.trimmed().toLatin1(),
+                                                        QByteArray::AbortOnBase64DecodingErrors);
+    if (!decoded)
+        return {};
+    return fromWideUtf8(*decoded);
+}
+
 void appendIndentation(QString &out, int level)
 {
     out.resize(out.size() + effectIndentation(level), u' ');
@@ -121,21 +147,29 @@ QString readText(QXmlStreamReader &reader)
 EffectText::Property readProperty(QXmlStreamReader &reader)
 {
     const QXmlStreamAttributes attributes = reader.attributes();
+    const auto isBase64 = [&attributes](const char *mark) {
+        return attributes.size() > 1 && attributes.value(QLatin1String(mark)) == u"base64";
+    };
     EffectText::Property property;
     property.key = sharedKey(attributes.value(QLatin1String("key")));
     property.startTagEnd = reader.characterOffset();
-    const bool isBase64 =
-        attributes.size() > 1 && attributes.value(QLatin1String("encoding")) == u"base64";
     property.text = readText(reader);
     property.end = reader.characterOffset();
-    if (!isBase64 || reader.hasError())
-        return property;
-    const auto decoded = QByteArray::fromBase64Encoding(property.text.trimmed().toLatin1(),
-                                                        QByteArray::AbortOnBase64DecodingErrors);
-    if (decoded)
-        property.text = fromWideUtf8(*decoded);
-    else
-        reader.raiseError(QStringLiteral("the property \"%1\" is not base64").arg(property.key));
+    const auto decode = [&](const char *mark, QString &text) {
+        if (!isBase64(mark) || reader.hasError())
+            return;
+        if (const std::optional<QString> decoded = fromBase64(text))
+            text = *decoded;
+        else
+            reader.raiseError(
+                QStringLiteral("the property \"%1\" is not base64").arg(property.key));
+    };
+    decode("encoding", property.text);
+    decode("keyencoding", property.key);
+    if (property.text.size() > maximumTextLength)
+        reader.raiseError(QStringLiteral("the property \"%1\" is longer than %2")
+                              .arg(property.key)
+                              .arg(maximumTextLength));
     return property;
 }
 
@@ -157,7 +191,8 @@ bool hasDocumentType(const QString &text)
 
 int effectIndentation(int level)
 {
-    return 2 * (qBound(0, level, maximumEffectDepth) + 1);
+    constexpr int deepest = 32;
+    return 2 * (qBound(0, level, deepest) + 1);
 }
 
 QStringView EffectText::verbatim(QStringView source) const
@@ -167,7 +202,7 @@ QStringView EffectText::verbatim(QStringView source) const
     return source.mid(start, end - start);
 }
 
-EffectText readEffect(QXmlStreamReader &reader, int depth)
+EffectText readEffect(QXmlStreamReader &reader, EffectBudget &budget, int depth)
 {
     EffectText effect;
     effect.line = reader.lineNumber();
@@ -181,11 +216,20 @@ EffectText readEffect(QXmlStreamReader &reader, int depth)
             QStringLiteral("effects are nested deeper than %1").arg(maximumEffectDepth));
         return effect;
     }
+    if (--budget.effects < 0) {
+        reader.raiseError(QStringLiteral("there are more than %1 effects").arg(maximumEffects));
+        return effect;
+    }
     while (reader.readNextStartElement()) {
-        if (reader.name() == u"property" && reader.attributes().hasAttribute(QLatin1String("key")))
-            effect.properties.push_back(readProperty(reader));
-        else if (reader.name() == u"effect")
-            effect.nested.push_back(readEffect(reader, depth + 1));
+        if (reader.name() == u"property"
+            && reader.attributes().hasAttribute(QLatin1String("key"))) {
+            if (--budget.properties < 0)
+                reader.raiseError(QStringLiteral("the effects have more than %1 properties")
+                                      .arg(maximumProperties));
+            else
+                effect.properties.push_back(readProperty(reader));
+        } else if (reader.name() == u"effect")
+            effect.nested.push_back(readEffect(reader, budget, depth + 1));
         else
             reader.skipCurrentElement();
     }
@@ -202,7 +246,8 @@ std::optional<EffectText> parseEffect(const QString &text)
     if (!QStringView(text).trimmed().startsWith(u"<effect") || !reader.readNextStartElement()
         || reader.name() != u"effect")
         return {};
-    EffectText effect = readEffect(reader);
+    EffectBudget budget;
+    EffectText effect = readEffect(reader, budget);
     while (!reader.atEnd())
         reader.readNext();
     if (reader.hasError() || !QStringView(text).mid(effect.end).trimmed().isEmpty())
@@ -214,13 +259,18 @@ void appendProperty(QString &out, int level, const QString &key, const QString &
 {
     appendIndentation(out, level + 1);
     out += u"<property key=\"";
-    appendEscaped(out, key, true);
+    if (isXmlText(key)) {
+        appendEscaped(out, key, true);
+    } else {
+        out += toBase64(key);
+        out += u"\" keyencoding=\"base64";
+    }
     if (isXmlText(text)) {
         out += u"\">";
         appendEscaped(out, text, false);
     } else {
         out += u"\" encoding=\"base64\">";
-        out += QString::fromLatin1(toWideUtf8(text).toBase64());
+        out += toBase64(text);
     }
     out += u"</property>\n";
 }
@@ -232,11 +282,11 @@ void writeEffectStart(QTextStream &stream, int level, const EffectIdentity &iden
     out.reserve(static_cast<qsizetype>(64 + 64 * properties.size()));
     appendIndentation(out, level);
     out += u"<effect type=\"";
-    appendEscaped(out, identity.type, true);
+    appendName(out, identity.type);
     out += u"\" version=\"";
-    appendEscaped(out, identity.version, true);
+    appendName(out, identity.version);
     out += u"\" build=\"";
-    appendEscaped(out, identity.build, true);
+    appendName(out, identity.build);
     out += u"\">\n";
     for (const PropertyStore::Property &property : properties)
         appendProperty(out, level, property.key, property.text);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "PropertyStore.h"
+#include "TextLimits.h"
 
 #include <QString>
 
@@ -11,9 +12,6 @@ class QTextStream;
 class QXmlStreamReader;
 
 namespace rehearsal {
-
-/// Nested effects deeper than this are refused, in a show as on the clipboard.
-constexpr int maximumEffectDepth = 256;
 
 /// What stands in the start tag of an effect.
 struct EffectIdentity
@@ -27,7 +25,8 @@ struct EffectIdentity
 ///
 /// It is one XML element: `<effect type="..." version="..." build="...">` with one
 /// `<property key="...">text</property>` a property, then the nested effects. A value with characters
-/// that XML cannot carry stands as base64 of its UTF-8 and is marked `encoding="base64"`.
+/// that XML cannot carry stands as base64 of its UTF-8 and is marked `encoding="base64"`; such a key
+/// is marked `keyencoding="base64"`.
 struct EffectText
 {
     struct Property
@@ -51,14 +50,23 @@ struct EffectText
     QStringView verbatim(QStringView source) const;
 };
 
+/// What a text may still hold.
+struct EffectBudget
+{
+    qint64 effects = maximumEffects;
+    qint64 properties = maximumProperties;
+};
+
 /// Reads one effect; the reader stands on its start tag and is left on its end tag. Unknown
-/// attributes and elements are skipped. A fault is raised on the reader.
-EffectText readEffect(QXmlStreamReader &reader, int depth = 1);
+/// attributes and elements are skipped. A fault is raised on the reader, also where the budget does
+/// not suffice.
+EffectText readEffect(QXmlStreamReader &reader, EffectBudget &budget, int depth = 1);
 
 /// Reads text that is exactly one effect, white space around it allowed; else nothing.
 std::optional<EffectText> parseEffect(const QString &text);
 
-/// How many blanks stand before an effect's tags.
+/// How many blanks stand before an effect's tags. The deepest effects are not indented any further:
+/// their text would be blanks for the most part.
 int effectIndentation(int level);
 
 /// Writes one property as an element and a line end.

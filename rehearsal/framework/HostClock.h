@@ -24,6 +24,7 @@ public:
 
     void beginFrame(QTime time);
     void endFrame();
+    bool isInFrame() const { return m_frame.isValid(); }
 
 private:
     const QTime m_wallStart = QTime::currentTime();

@@ -16,6 +16,8 @@ class EffectLib;
 
 namespace rehearsal {
 
+class EffectWatch;
+
 /// A light with its place on the stage picture and what it shows in the present frame.
 class StageLight final : public Light
 {
@@ -100,15 +102,25 @@ public:
 
     HostClock &clock() { return m_clock; }
 
+    /// Effects that were made for this map and live.
+    qint64 effectCount() const { return m_effectCount; }
+    void countEffects(qint64 more) { m_effectCount += more; }
+
     /// The factory that effects made for this map find; not owned, may be null.
     EffectLib *library() const { return m_library; }
     void setLibrary(EffectLib *library) { m_library = library; }
+
+    /// Told of what happens to the effects made for this map; not owned, may be null.
+    EffectWatch *watch() const { return m_watch; }
+    void setWatch(EffectWatch *watch) { m_watch = watch; }
 
 private:
     friend class ::MapModel;
 
     HostClock m_clock;
     EffectLib *m_library = nullptr;
+    EffectWatch *m_watch = nullptr;
+    qint64 m_effectCount = 0;
     QMap<unsigned long, Light *> m_lightsByUid;
     QMap<unsigned long, Group *> m_groupsByUid;
     std::unordered_map<quint32, std::unique_ptr<StageGroup>> m_groups;

@@ -34,11 +34,44 @@ struct SequenceEffect
     qint64 line = 0;
 };
 
+/// Tells somebody of an import: of reading the sequence, then of building the show.
+class ProgressTeller
+{
+public:
+    /// @param textLength of the sequence, characters
+    ProgressTeller(const ImportProgress &progress, XmlInput &input, qint64 textLength)
+        : m_progress(progress), m_input(input), m_textLength(textLength)
+    {
+    }
+
+    void tellRead() { tell(m_input.reader().characterOffset() * readShare / m_textLength); }
+    void tellBuilt(qint64 effects, qint64 total)
+    {
+        tell(readShare + effects * (100 - readShare) / total);
+    }
+
+private:
+    static constexpr qint64 readShare = 10; // percent; building takes far longer
+
+    void tell(qint64 percent)
+    {
+        // A fault that says nothing, which ends the import as any other.
+        if (m_progress && !m_input.fault() && !m_progress(static_cast<int>(percent)))
+            m_input.fail(0, QString());
+    }
+
+    const ImportProgress &m_progress;
+    XmlInput &m_input;
+    qint64 m_textLength;
+};
+
 /// A sequence as it is written, sound in itself, before anything is made of it.
 class SequenceText
 {
 public:
-    explicit SequenceText(XmlInput &input) : m_input(input) {}
+    SequenceText(XmlInput &input, ProgressTeller &progress) : m_input(input), m_progress(progress)
+    {
+    }
 
     void read();
 
@@ -55,8 +88,10 @@ private:
     void checkReferences();
 
     XmlInput &m_input;
+    ProgressTeller &m_progress;
     QHash<QString, qsizetype> m_modelIndex;
     std::vector<quint32> m_effectCounts; ///< by model
+    qint64 m_settingValues = 0;
 };
 
 void SequenceText::read()
@@ -86,14 +121,26 @@ void SequenceText::readSettings()
             reader.skipCurrentElement();
             continue;
         }
+        if (std::ssize(settings) == maximumEffects) {
+            m_input.fail(QStringLiteral("there are more than %1 settings").arg(maximumEffects));
+            return;
+        }
+        m_progress.tellRead();
         Settings &entry = settings.emplace_back();
         entry.line = reader.lineNumber();
         const QString text = reader.readElementText(QXmlStreamReader::SkipChildElements);
         for (const QStringView pair : QStringView(text).split(u',')) {
             const qsizetype equals = pair.indexOf(u'=');
-            if (equals > 0)
-                entry.values.insert(pair.first(equals).trimmed().toString(),
-                                    pair.sliced(equals + 1).trimmed().toString());
+            if (equals <= 0)
+                continue;
+            if (++m_settingValues > maximumProperties) {
+                m_input.fail(
+                    entry.line,
+                    QStringLiteral("the settings have more than %1 values").arg(maximumProperties));
+                return;
+            }
+            entry.values.insert(pair.first(equals).trimmed().toString(),
+                                pair.sliced(equals + 1).trimmed().toString());
         }
     }
 }
@@ -142,6 +189,7 @@ void SequenceText::readModel()
 
 void SequenceText::readEffect(const QString &model, std::optional<std::size_t> previous)
 {
+    m_progress.tellRead();
     const std::optional<quint32> start = readTime(QStringLiteral("startTime"));
     const std::optional<quint32> end = readTime(QStringLiteral("endTime"));
     if (!start || !end)
@@ -159,7 +207,16 @@ void SequenceText::readEffect(const QString &model, std::optional<std::size_t> p
             QStringLiteral("an effect has the ref \"%1\", not a whole number").arg(settingsText));
         return;
     }
+    // One more is the meta effect that holds them.
+    if (std::ssize(effects) + 1 == maximumEffects) {
+        m_input.fail(QStringLiteral("there are more than %1 effects").arg(maximumEffects - 1));
+        return;
+    }
     if (!m_modelIndex.contains(model)) {
+        if (models.size() == maximumLights) {
+            m_input.fail(QStringLiteral("there are more than %1 models").arg(maximumLights));
+            return;
+        }
         m_modelIndex.insert(model, models.size());
         models.append(model);
         m_effectCounts.push_back(0);
@@ -206,8 +263,9 @@ void SequenceText::checkReferences()
 class SequenceBuilder
 {
 public:
-    SequenceBuilder(const SequenceText &text, XmlInput &input, Show &show, ImportOptions options)
-        : m_text(text), m_input(input), m_show(show), m_options(options)
+    SequenceBuilder(const SequenceText &text, XmlInput &input, ProgressTeller &progress, Show &show,
+                    ImportOptions options)
+        : m_text(text), m_input(input), m_progress(progress), m_show(show), m_options(options)
     {
     }
 
@@ -230,6 +288,7 @@ private:
 
     const SequenceText &m_text;
     XmlInput &m_input;
+    ProgressTeller &m_progress;
     Show &m_show;
     ImportOptions m_options;
 };
@@ -265,6 +324,9 @@ std::unique_ptr<Effect> SequenceBuilder::build(const QString &name)
             return nullptr;
         m_show.buildLog().built.push_back(child.get());
         meta->addChild(child.release());
+        m_progress.tellBuilt(eid, static_cast<qint64>(m_text.effects.size()));
+        if (m_input.fault())
+            return nullptr;
     }
     summary.effects = static_cast<int>(m_text.effects.size());
     // What the type "Meta Effect" offers for this are slots, which any plug-in may have.
@@ -389,24 +451,27 @@ double SequenceBuilder::number(const SequenceEffect &effect, const QString &key,
 
 std::unique_ptr<Show> importSequence(const QString &file, const Show::TypeSetup &addTypes,
                                      ImportOptions options, ImportSummary *summary,
-                                     FileFault *fault)
+                                     FileFault *fault, const ImportProgress &progress)
 {
     const std::optional<QByteArray> bytes = readWholeFile(file, fault);
-    return bytes ? parseSequence(*bytes, file, addTypes, options, summary, fault) : nullptr;
+    return bytes ? parseSequence(*bytes, file, addTypes, options, summary, fault, progress)
+                 : nullptr;
 }
 
 std::unique_ptr<Show> parseSequence(const QByteArray &text, const QString &name,
                                     const Show::TypeSetup &addTypes, ImportOptions options,
-                                    ImportSummary *summary, FileFault *fault)
+                                    ImportSummary *summary, FileFault *fault,
+                                    const ImportProgress &progress)
 {
     const std::optional<QString> source = readXmlText(text, name, fault);
     if (!source)
         return nullptr;
     XmlInput input(*source, name);
-    SequenceText sequence(input);
+    ProgressTeller teller(progress, input, source->size());
+    SequenceText sequence(input, teller);
     sequence.read();
     auto show = std::make_unique<Show>(addTypes);
-    SequenceBuilder builder(sequence, input, *show, options);
+    SequenceBuilder builder(sequence, input, teller, *show, options);
     if (!input.fault()) {
         builder.buildMap();
         if (std::unique_ptr<Effect> meta = builder.build(QFileInfo(name).completeBaseName()))

@@ -36,7 +36,8 @@ public:
     /// Every effect as loaded or imported, nested ones before what holds them. Not kept up to date
     /// with later edits.
     const std::vector<Effect *> &loadedEffects() const { return m_log.built; }
-    /// Types of effects that were kept as placeholders, with their lines; each type once.
+    /// Types of effects that were kept as placeholders, with their lines; each type once, at
+    /// most BuildLog::maximumUnknownTypes of them.
     const std::vector<std::pair<QString, qint64>> &unknownTypes() const
     {
         return m_log.unknownTypes;

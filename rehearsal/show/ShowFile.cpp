@@ -1,6 +1,7 @@
 #include "ShowFile.h"
 
 #include "Effect.h"
+#include "EffectHost.h"
 #include "EffectText.h"
 #include "XmlInput.h"
 
@@ -11,6 +12,11 @@
 #include <QXmlStreamReader>
 
 #include <array>
+
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#include <unistd.h>
+#endif
 
 namespace rehearsal {
 
@@ -61,6 +67,8 @@ private:
     XmlInput &m_input;
     QSet<quint32> m_lightUids;
     QSet<quint32> m_groupUids;
+    EffectBudget m_budget;
+    qint64 m_groupLights = 0;
 };
 
 void ShowText::read()
@@ -78,7 +86,7 @@ void ShowText::read()
             hasMap = true;
             readMap();
         } else if (reader.name() == u"effect") {
-            effects.push_back(readEffect(reader));
+            effects.push_back(readEffect(reader, m_budget));
         } else {
             reader.skipCurrentElement();
         }
@@ -125,6 +133,10 @@ void ShowText::readLight()
         m_input.fail(QStringLiteral("light %1 is there twice").arg(*uid));
         return;
     }
+    if (lights.size() == maximumLights) {
+        m_input.fail(QStringLiteral("there are more than %1 lights").arg(maximumLights));
+        return;
+    }
     m_lightUids.insert(*uid);
     lights.append({*uid, m_input.attribute(QStringLiteral("name")), {*x, *y}});
 }
@@ -139,6 +151,10 @@ void ShowText::readGroup()
         return;
     if (m_groupUids.contains(*uid)) {
         m_input.fail(QStringLiteral("group %1 is there twice").arg(*uid));
+        return;
+    }
+    if (groups.size() == maximumGroups) {
+        m_input.fail(QStringLiteral("there are more than %1 groups").arg(maximumGroups));
         return;
     }
     GroupText group{
@@ -198,6 +214,11 @@ void ShowText::readGroupLights(GroupText &group)
     const QString uids = m_input.attribute(QStringLiteral("lights")).simplified();
     if (uids.isEmpty()) {
         m_input.fail(QStringLiteral("group %1 has no lights").arg(group.uid));
+        return;
+    }
+    m_groupLights += uids.count(u' ') + 1;
+    if (m_groupLights > maximumGroupLights) {
+        m_input.fail(QStringLiteral("the groups have more than %1 lights").arg(maximumGroupLights));
         return;
     }
     for (const QStringView text : QStringView(uids).split(u' ')) {
@@ -271,6 +292,22 @@ void writeMap(QTextStream &stream, const StageMap &map)
     stream << "  </map>\n";
 }
 
+// The text is on the disk before it takes the file's place. That it took it is so only now: after a
+// power failure the new show is there, too. Not every file system can do it; none loses the old one.
+void syncFolder(const QString &folder)
+{
+#ifdef Q_OS_UNIX
+    const int descriptor =
+        open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return;
+    fsync(descriptor);
+    close(descriptor);
+#else
+    Q_UNUSED(folder)
+#endif
+}
+
 } // namespace
 
 std::unique_ptr<Show> readShow(const QString &file, const Show::TypeSetup &addTypes,
@@ -302,6 +339,11 @@ std::unique_ptr<Show> parseShow(const QByteArray &text, const QString &name,
 
 bool saveShow(const Show &show, const QString &file, FileFault *fault)
 {
+    return saveText(showText(show).toUtf8(), file, fault);
+}
+
+bool saveText(const QByteArray &text, const QString &file, FileFault *fault)
+{
     const auto fail = [&](const QString &what) {
         *fault = {file, 0, QStringLiteral("the show cannot be saved: %1").arg(what)};
         return false;
@@ -314,7 +356,6 @@ bool saveShow(const Show &show, const QString &file, FileFault *fault)
     if (!output.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return fail(output.errorString());
     // A disk that fills up shows first in a short count, which is no error to the device.
-    const QByteArray text = showText(show).toUtf8();
     for (qsizetype done = 0; done < text.size();) {
         const qint64 count = output.write(text.constData() + done, text.size() - done);
         if (count <= 0)
@@ -323,6 +364,7 @@ bool saveShow(const Show &show, const QString &file, FileFault *fault)
     }
     if (!output.commit())
         return fail(output.errorString());
+    syncFolder(present.absolutePath());
     return true;
 }
 
@@ -337,6 +379,12 @@ QString showText(const Show &show)
     stream << "</show>\n";
     stream.flush();
     return text;
+}
+
+QByteArray definitionText(const Show &show)
+{
+    const EffectHost::SavingDefinitions definitions;
+    return showText(show).toUtf8();
 }
 
 } // namespace rehearsal

@@ -1,5 +1,7 @@
 #include "XmlInput.h"
 
+#include "XmlBurden.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QXmlStreamReader>
@@ -34,6 +36,11 @@ FileFault faultAt(const QString &name, qint64 line, const QString &what)
     return {name, line, shown};
 }
 
+QString tooLarge()
+{
+    return QStringLiteral("the file is larger than %1 MiB").arg(maximumFileSize / (1024 * 1024));
+}
+
 QString faultOf(const QXmlStreamReader &reader)
 {
     switch (reader.error()) {
@@ -57,6 +64,8 @@ std::optional<QByteArray> readWholeFile(const QString &file, FileFault *fault)
     QFile input(file);
     if (!input.open(QIODevice::ReadOnly))
         return fail(QStringLiteral("the file cannot be read: %1").arg(input.errorString()));
+    if (input.size() > maximumFileSize)
+        return fail(tooLarge());
     // In pieces, because the size of what is not a regular file is not known beforehand.
     QByteArray bytes;
     while (bytes.size() <= maximumFileSize) {
@@ -68,8 +77,7 @@ std::optional<QByteArray> readWholeFile(const QString &file, FileFault *fault)
     if (input.error() != QFileDevice::NoError)
         return fail(QStringLiteral("the file cannot be read: %1").arg(input.errorString()));
     if (bytes.size() > maximumFileSize)
-        return fail(
-            QStringLiteral("the file is larger than %1 MiB").arg(maximumFileSize / (1024 * 1024)));
+        return fail(tooLarge());
     return bytes;
 }
 
@@ -81,11 +89,15 @@ std::optional<QString> readXmlText(const QByteArray &bytes, const QString &name,
     };
     if (bytes.isEmpty())
         return fail(0, QStringLiteral("the file is empty"));
+    if (bytes.size() > maximumFileSize)
+        return fail(0, tooLarge());
     if (!bytes.isValidUtf8())
         return fail(firstLineOutsideUtf8(bytes), QStringLiteral("this is not text in UTF-8"));
     QString text = QString::fromUtf8(bytes);
     if (text.startsWith(QChar::ByteOrderMark))
         text.remove(0, 1);
+    if (const std::optional<XmlBurden> burden = findBurden(text))
+        return fail(burden->line, burden->what);
 
     // The whole document is looked through before any of it is used: the reader would skip a
     // document type inside an element, and nothing is to be built from a file that is cut short.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileFault.h"
+#include "TextLimits.h"
 
 #include <QByteArray>
 #include <QString>
@@ -12,14 +13,11 @@ class QXmlStreamReader;
 
 namespace rehearsal {
 
-/// Files larger than this are refused, bytes.
-constexpr qint64 maximumFileSize = 256 * 1024 * 1024;
-
 /// A whole file, or nothing and a fault.
 std::optional<QByteArray> readWholeFile(const QString &file, FileFault *fault);
 
 /// The text of a whole, well-formed XML document in UTF-8 without a document type, or nothing and a
-/// fault; `name` stands for the file in it.
+/// fault; `name` stands for the file in it. What is too large or too deep to be read is refused too.
 std::optional<QString> readXmlText(const QByteArray &bytes, const QString &name, FileFault *fault);
 
 /// Reads XML and keeps the first fault, with its line. After a fault the reader is at its end.

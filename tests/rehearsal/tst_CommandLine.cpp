@@ -40,7 +40,8 @@ private slots:
     void readsAnInspection();
     void readsAResolution();
     void readsAnImport();
-    void aShowAloneIsRenderedIntoTheCurrentDirectory();
+    void aShowAloneIsForTheWindow();
+    void nothingAtAllOpensTheWindowOnANewShow();
     void generalOptionsStandAnywhere();
     void helpIsAskedForWithoutOperands_data();
     void helpIsAskedForWithoutOperands();
@@ -129,14 +130,19 @@ void TestCommandLine::readsAnImport()
                 ->options.linkAdjacent);
 }
 
-void TestCommandLine::aShowAloneIsRenderedIntoTheCurrentDirectory()
+void TestCommandLine::aShowAloneIsForTheWindow()
 {
-    const auto request = requestOf<RenderRequest>({"elsewhere/grand.finale.show"});
+    const auto request = requestOf<WindowRequest>({"elsewhere/grand.finale.show"});
     QVERIFY(request);
     QCOMPARE(request->showFile, "elsewhere/grand.finale.show");
-    QCOMPARE(request->tableFile, QDir::current().absoluteFilePath("grand.finale.csv"));
-    QCOMPARE(request->pictureFile, QDir::current().absoluteFilePath("grand.finale.png"));
-    QVERIFY2(requestOf<RenderRequest>({"bare"}), "a bare word that is a file is a show");
+    QVERIFY2(requestOf<WindowRequest>({"bare"}), "a bare word that is a file is a show");
+}
+
+void TestCommandLine::nothingAtAllOpensTheWindowOnANewShow()
+{
+    const auto request = requestOf<WindowRequest>({});
+    QVERIFY(request);
+    QCOMPARE(request->showFile, QString());
 }
 
 void TestCommandLine::generalOptionsStandAnywhere()
@@ -159,7 +165,7 @@ void TestCommandLine::helpIsAskedForWithoutOperands_data()
     QTest::addColumn<QString>("part");
 
     QTest::newRow("of the program") << QStringList{"--help"} << "\n  inspect ";
-    QTest::newRow("short") << QStringList{"-h"} << "Usage: rehearsal SHOW";
+    QTest::newRow("short") << QStringList{"-h"} << "Usage: rehearsal [SHOW]";
     QTest::newRow("of render") << QStringList{"render", "--help"} << "\n  --fps N ";
     QTest::newRow("of inspect") << QStringList{"inspect", "--help"} << "\n  --json ";
     QTest::newRow("of resolve") << QStringList{"resolve", "--help"} << "resolve SHOW -o OUT";
@@ -186,7 +192,6 @@ void TestCommandLine::saysInOneLineWhatIsWrong_data()
     const auto render = [](const QStringList &options) {
         return QStringList{"render", "a.show"} + options;
     };
-    QTest::newRow("nothing") << QStringList{} << "SHOW is missing";
     QTest::newRow("an empty name") << QStringList{""} << "SHOW is missing";
     QTest::newRow("unknown command") << QStringList{"perform"} << "no command 'perform'";
     QTest::newRow("unknown command with a show")

@@ -51,6 +51,10 @@ private slots:
     void effectsNestedInATypeThatHoldsNoneAreSavedAgain();
     void anyTextSurvivesARoundTrip_data();
     void anyTextSurvivesARoundTrip();
+    void anyKeySurvivesARoundTrip_data();
+    void anyKeySurvivesARoundTrip();
+    void aKeyThatIsNotBase64IsAFault();
+    void aTypeThatXmlCannotCarryLeavesTheTextReadable();
     void onlyWhiteSpaceMayStandAroundAnEffect_data();
     void onlyWhiteSpaceMayStandAroundAnEffect();
     void propertyWithoutAKeyIsSkipped();
@@ -157,6 +161,55 @@ void tst_KeptText::anyTextSurvivesARoundTrip()
     QVERIFY(effect);
     QCOMPARE(effect->properties.size(), std::size_t(1));
     QCOMPARE(effect->properties.front().text, text);
+}
+
+void tst_KeptText::anyKeySurvivesARoundTrip_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("element");
+
+    QTest::newRow("plain") << "a b" << "<property key=\"a b\">";
+    QTest::newRow("empty") << "" << "<property key=\"\">";
+    QTest::newRow("marked up") << "<&\"'>" << "<property key=\"&lt;&amp;&quot;'&gt;\">";
+    QTest::newRow("a control character")
+        << QStringLiteral("a\x01") << "<property key=\"YQE=\" keyencoding=\"base64\">";
+    QTest::newRow("a lone surrogate")
+        << QString(QChar(0xD800)) << "<property key=\"7aCA\" keyencoding=\"base64\">";
+    QTest::newRow("a null") << QString(QChar(0))
+                            << "<property key=\"AA==\" keyencoding=\"base64\">";
+}
+
+void tst_KeptText::anyKeySurvivesARoundTrip()
+{
+    QFETCH(QString, key);
+    QFETCH(QString, element);
+
+    QString text;
+    rehearsal::appendProperty(text, 0, key, QStringLiteral("\x02"));
+    QVERIFY2(text.contains(element.chopped(1)), qPrintable(text));
+    const std::optional<EffectText> effect =
+        parseEffect(QStringLiteral("<effect type=\"Solid\">") + text + QStringLiteral("</effect>"));
+    QVERIFY(effect);
+    QCOMPARE(effect->properties.size(), 1u);
+    QCOMPARE(effect->properties[0].key, key);
+    QCOMPARE(effect->properties[0].text, QStringLiteral("\x02"));
+}
+
+void tst_KeptText::aKeyThatIsNotBase64IsAFault()
+{
+    QVERIFY(!parseEffect(QStringLiteral(
+        "<effect type=\"Solid\"><property key=\"!\" keyencoding=\"base64\"/></effect>")));
+}
+
+void tst_KeptText::aTypeThatXmlCannotCarryLeavesTheTextReadable()
+{
+    QString text;
+    QTextStream stream(&text, QIODevice::WriteOnly);
+    rehearsal::writeEffectStart(stream, 0, {QStringLiteral("a\x01"), {}, {}}, {});
+    rehearsal::writeEffectEnd(stream, 0);
+    const std::optional<EffectText> effect = parseEffect(text);
+    QVERIFY(effect);
+    QCOMPARE(effect->identity.type, QStringLiteral("a\uFFFD"));
 }
 
 void tst_KeptText::onlyWhiteSpaceMayStandAroundAnEffect_data()

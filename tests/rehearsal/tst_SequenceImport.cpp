@@ -10,6 +10,8 @@
 #include <QTest>
 #include <QXmlStreamReader>
 
+#include <algorithm>
+
 using rehearsal::FileFault;
 using rehearsal::ImportOptions;
 using rehearsal::ImportSummary;
@@ -130,6 +132,10 @@ private slots:
     void missingEffectTypeIsAFault();
     void deeplyNestedElementsAreWalked();
     void fileThatCannotBeReadIsAFault();
+
+    void progressGrowsFromReadingToTheLastEffect();
+    void importIsCancelledWhereverItIs_data();
+    void importIsCancelledWhereverItIs();
 
     void realSequenceKeepsItsTimes_data();
     void realSequenceKeepsItsTimes();
@@ -516,6 +522,54 @@ void tst_SequenceImport::fileThatCannotBeReadIsAFault()
              file + QStringLiteral(": the file cannot be read: No such file or directory"));
     QVERIFY(!rehearsal::importSequence(folder.path(), allTypes(), {}, &summary, &fault));
     QCOMPARE(fault.message(), folder.path() + QStringLiteral(": this is a directory"));
+}
+
+// --- Progress ---
+
+void tst_SequenceImport::progressGrowsFromReadingToTheLastEffect()
+{
+    QByteArray effects;
+    for (int i = 0; i < 200; ++i)
+        effects += effectOf(QByteArray::number(i), QByteArray::number(i + 1));
+    const QByteArray text = sequenceOf(modelOf("A", effects));
+    std::vector<int> percents;
+    ImportSummary summary;
+    FileFault fault;
+    QVERIFY(rehearsal::parseSequence(text, "a.xsq", allTypes(), {}, &summary, &fault,
+                                     [&percents](int percent) {
+                                         percents.push_back(percent);
+                                         return true;
+                                     }));
+    QCOMPARE(percents.size(), std::size_t{4 + 200 + 200}); // settings and effects, read; built
+    QVERIFY(std::is_sorted(percents.begin(), percents.end()));
+    QVERIFY(percents.front() >= 0 && percents.front() < 5);
+    QCOMPARE(percents.back(), 100);
+}
+
+void tst_SequenceImport::importIsCancelledWhereverItIs_data()
+{
+    QTest::addColumn<int>("calls"); // the last of which says no
+    QTest::newRow("in the settings") << 1;
+    QTest::newRow("at the first effect") << 5;
+    QTest::newRow("at the last effect") << 7;
+    QTest::newRow("while it builds") << 8;
+    QTest::newRow("when all is built") << 10;
+}
+
+void tst_SequenceImport::importIsCancelledWhereverItIs()
+{
+    QFETCH(int, calls);
+    const QByteArray text =
+        sequenceOf(modelOf("A", effectOf("0", "1") + effectOf("1", "2") + effectOf("2", "3")));
+    int made = 0;
+    ImportSummary summary;
+    summary.effects = -1;
+    FileFault fault{"old", 1, "old"};
+    QVERIFY(!rehearsal::parseSequence(text, "a.xsq", allTypes(), {}, &summary, &fault,
+                                      [&](int) { return ++made < calls; }));
+    QCOMPARE(made, calls);
+    QCOMPARE(fault.what, QString());
+    QCOMPARE(summary.effects, -1);
 }
 
 void tst_SequenceImport::realSequenceKeepsItsTimes_data()

@@ -1,0 +1,100 @@
+#pragma once
+
+#include "FileFault.h"
+
+#include <QDateTime>
+#include <QObject>
+#include <QTimer>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+
+class QLockFile;
+
+namespace rehearsal {
+
+class ShowDocument;
+
+/// What a program that died left of a modified show.
+struct Recovery
+{
+    QString autosaveFile;
+    QString showFile; ///< absolute; empty for a show that had no file
+    QDateTime written;
+};
+
+/// Keeps the unsaved state of a document on disk: what is older than the interval is there.
+///
+/// It is written to FILE.autosave beside the document's file; to the data folder where the document
+/// has no file, or where nothing can be written beside it. The file goes when the document is saved,
+/// found unmodified, replaced by another show or closed. A lock beside it tells other programs that
+/// its owner lives, and is void as soon as the owner is dead. What a dead program left and nobody
+/// recovered or discarded stays until the document's own first autosave takes its place.
+class Autosave final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// @param document outlives this
+    /// @param dataFolder is made when it is needed
+    explicit Autosave(ShowDocument &document,
+                      std::chrono::milliseconds interval = std::chrono::seconds(30),
+                      const QString &dataFolder = standardDataFolder(), QObject *parent = nullptr);
+    /// Leaves what is autosaved, as if the program died; see close().
+    ~Autosave() override;
+
+    static QString standardDataFolder();
+
+    /// Writes now what is not autosaved yet.
+    void saveNow();
+
+    /// The document was closed in order: what is autosaved goes, nothing more is written until
+    /// another show is opened.
+    void close();
+
+    // --- What programs that died have left. ---
+
+    /// The newest that was left of this file, is readable, and is not what the file has.
+    std::optional<Recovery> recoverable(const QString &file) const;
+    /// Those of shows without a file, the newest first.
+    QList<Recovery> untitledRecoverable() const;
+
+    /// Opens it in the document, modified. The autosave stays until that document is saved or closed.
+    /// False and a fault when it cannot be opened: then the document is left alone.
+    bool recover(const Recovery &recovery, FileFault *fault);
+    /// Deletes it, unless a living program has it.
+    void discard(const Recovery &recovery);
+
+signals:
+    /// The autosave could not be written. Told once, until it works again.
+    void failed(const rehearsal::FileFault &fault);
+    /// The document has no autosave: another program has it, or there is no place for it. Told once a
+    /// document, from the event loop.
+    void unavailable(const QString &reason);
+
+private:
+    void attach();
+    void release();
+    void removeOwn();
+    bool claim();
+    bool claim(const QString &autosaveFile, bool *isTaken);
+    void tellUnavailable(const QString &reason);
+    QStringList placesOf(const QString &file) const;
+    QString placeInDataFolder(const QString &file) const;
+    bool isInDataFolder(const QString &autosaveFile) const;
+
+    ShowDocument &m_document;
+    QString m_dataFolder;
+    QTimer m_timer;
+
+    QString m_showFile;                ///< the document's file that the place is for
+    QString m_autosaveFile;            ///< empty while there is no place
+    std::unique_ptr<QLockFile> m_lock; ///< null while there is no place
+    QByteArray m_writtenText;          ///< null while no autosave of this document is on disk
+    QString m_recoveredFile;           ///< the autosave that is being recovered
+    bool m_isUnavailable = false;
+    bool m_hasFailed = false;
+};
+
+} // namespace rehearsal

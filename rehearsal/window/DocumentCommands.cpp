@@ -1,0 +1,255 @@
+#include "DocumentCommands.h"
+
+#include "Autosave.h"
+#include "FileFault.h"
+#include "ImportDialog.h"
+#include "RecentFiles.h"
+#include "RenderDialog.h"
+#include "ShowDocument.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLocale>
+#include <QMessageBox>
+#include <QPushButton>
+
+namespace rehearsal {
+
+namespace {
+
+QString showFilter()
+{
+    return DocumentCommands::tr("Shows (*.show);;All files (*)");
+}
+
+} // namespace
+
+DocumentCommands::DocumentCommands(ShowDocument &document, Autosave &autosave,
+                                   RecentFiles &recentFiles, Show::TypeSetup types, QWidget &window)
+    : m_document(document),
+      m_autosave(autosave),
+      m_recentFiles(recentFiles),
+      m_types(std::move(types)),
+      m_window(window)
+{
+    connect(&recentFiles, &RecentFiles::picked, this,
+            qOverload<const QString &>(&DocumentCommands::open));
+}
+
+// --- Another document ---
+
+void DocumentCommands::startNew()
+{
+    FileFault fault;
+    if (mayLeave() && !m_document.startNew(&fault))
+        tell(fault);
+}
+
+void DocumentCommands::open()
+{
+    if (!mayLeave())
+        return;
+    const QString file =
+        QFileDialog::getOpenFileName(&m_window, tr("Open a Show"), folder(), showFilter());
+    if (!file.isEmpty())
+        openAsking(file);
+}
+
+void DocumentCommands::open(const QString &file)
+{
+    if (mayLeave())
+        openAsking(file);
+}
+
+void DocumentCommands::openOrImport(const QString &file)
+{
+    if (QFileInfo(file).suffix().compare(u"xsq", Qt::CaseInsensitive) == 0)
+        import(file);
+    else
+        open(file);
+}
+
+void DocumentCommands::openAsking(const QString &file)
+{
+    FileFault fault;
+    if (openAsking(file, &fault))
+        return;
+    tell(fault);
+    if (!QFileInfo::exists(file))
+        m_recentFiles.remove(file);
+}
+
+bool DocumentCommands::openAsking(const QString &file, FileFault *fault)
+{
+    if (const std::optional<Recovery> recovery = m_autosave.recoverable(file)) {
+        if (offer(*recovery, QFileInfo(file).fileName()) == Answer::Recover)
+            return true;
+    }
+    if (!m_document.open(file, fault))
+        return false;
+    m_recentFiles.add(file);
+    return true;
+}
+
+bool DocumentCommands::recoverUntitled()
+{
+    for (const Recovery &recovery : m_autosave.untitledRecoverable()) {
+        const Answer answer = offer(recovery, tr("a new show"));
+        if (answer != Answer::Discard)
+            return answer == Answer::Recover;
+    }
+    return false;
+}
+
+DocumentCommands::Answer DocumentCommands::offer(const Recovery &recovery, const QString &name)
+{
+    m_window.show();
+    const Answer answer = ask(name, recovery.written);
+    if (answer == Answer::Discard)
+        m_autosave.discard(recovery);
+    if (answer != Answer::Recover)
+        return answer;
+    FileFault fault;
+    if (!m_autosave.recover(recovery, &fault)) {
+        tell(fault);
+        return Answer::Later;
+    }
+    if (!recovery.showFile.isEmpty())
+        m_recentFiles.add(recovery.showFile);
+    emit said(tr("Recovered %1; it is not saved yet").arg(m_document.displayName()));
+    return answer;
+}
+
+DocumentCommands::Answer DocumentCommands::ask(const QString &name, const QDateTime &written)
+{
+    QMessageBox box(QMessageBox::Question, DocumentCommands::tr("Recover"),
+                    DocumentCommands::tr("The program did not end in order the last time, and left "
+                                         "edits of \"%1\" that were not saved.")
+                        .arg(name),
+                    QMessageBox::NoButton, &m_window);
+    box.setObjectName(QStringLiteral("recoverBox"));
+    box.setInformativeText(DocumentCommands::tr("They are of %1. Recover them?")
+                               .arg(QLocale().toString(written, QLocale::ShortFormat)));
+    QPushButton *recover = box.addButton(DocumentCommands::tr("&Recover"), QMessageBox::AcceptRole);
+    recover->setObjectName(QStringLiteral("recoverButton"));
+    QPushButton *discard =
+        box.addButton(DocumentCommands::tr("&Discard Them"), QMessageBox::DestructiveRole);
+    discard->setObjectName(QStringLiteral("discardButton"));
+    QPushButton *later = box.addButton(DocumentCommands::tr("&Later"), QMessageBox::RejectRole);
+    later->setObjectName(QStringLiteral("laterButton"));
+    box.setDefaultButton(recover);
+    box.setEscapeButton(later);
+    box.exec();
+    if (box.clickedButton() == recover)
+        return Answer::Recover;
+    return box.clickedButton() == discard ? Answer::Discard : Answer::Later;
+}
+
+// --- Files ---
+
+bool DocumentCommands::save()
+{
+    takeTyped();
+    if (m_document.file().isEmpty())
+        return saveAs();
+    FileFault fault;
+    if (!m_document.save(&fault)) {
+        tell(fault);
+        return false;
+    }
+    emit said(tr("Saved %1").arg(m_document.displayName()));
+    return true;
+}
+
+bool DocumentCommands::saveAs()
+{
+    takeTyped();
+    QFileDialog dialog(&m_window, tr("Save the Show"), folder(), showFilter());
+    dialog.setObjectName(QStringLiteral("saveDialog"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(QStringLiteral("show"));
+    const QFileInfo present(m_document.file());
+    dialog.selectFile(present.filePath().isEmpty()
+                          ? m_document.displayName() + QStringLiteral(".show")
+                          : present.fileName());
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return false;
+    const QString file = dialog.selectedFiles().first();
+    FileFault fault;
+    if (!m_document.saveAs(file, &fault)) {
+        tell(fault);
+        return false;
+    }
+    m_recentFiles.add(file);
+    emit said(tr("Saved %1").arg(m_document.displayName()));
+    return true;
+}
+
+void DocumentCommands::import(const QString &sequence)
+{
+    if (!mayLeave())
+        return;
+    ImportDialog dialog(m_types, &m_window);
+    if (!sequence.isEmpty())
+        dialog.setSequenceFile(sequence);
+    dialog.exec();
+    if (std::unique_ptr<Show> show = dialog.takeShow()) {
+        m_document.adopt(std::move(show), QFileInfo(dialog.sequenceFile()).completeBaseName());
+        emit said(tr("Imported %1").arg(QFileInfo(dialog.sequenceFile()).fileName()));
+    }
+}
+
+void DocumentCommands::render()
+{
+    takeTyped();
+    if (!m_renderDialog)
+        m_renderDialog = new RenderDialog(m_types, &m_window);
+    m_renderDialog->setShow(m_document.text(), m_document.file());
+    m_renderDialog->show();
+    m_renderDialog->raise();
+    m_renderDialog->activateWindow();
+}
+
+bool DocumentCommands::mayLeave()
+{
+    takeTyped();
+    if (!m_document.isModified())
+        return true;
+    QMessageBox box(QMessageBox::Warning, tr("Save the Show"),
+                    tr("Save the changes to \"%1\"?").arg(m_document.displayName()),
+                    QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, &m_window);
+    box.setObjectName(QStringLiteral("saveQuestion"));
+    box.setInformativeText(tr("They are lost if you do not save them."));
+    box.button(QMessageBox::Discard)->setText(tr("Do&n't Save"));
+    box.setDefaultButton(QMessageBox::Save);
+    const int answer = box.exec();
+    if (answer == QMessageBox::Save)
+        return save();
+    return answer == QMessageBox::Discard;
+}
+
+void DocumentCommands::takeTyped()
+{
+    emit typingWanted();
+    m_document.flush();
+}
+
+QString DocumentCommands::folder() const
+{
+    const QString file = m_document.file();
+    if (!file.isEmpty())
+        return QFileInfo(file).absolutePath();
+    const QStringList recent = m_recentFiles.files();
+    return recent.isEmpty() ? QDir::homePath() : QFileInfo(recent.first()).absolutePath();
+}
+
+void DocumentCommands::tell(const FileFault &fault)
+{
+    QMessageBox box(QMessageBox::Critical, tr("Rehearsal"), fault.message(), QMessageBox::Ok,
+                    &m_window);
+    box.setObjectName(QStringLiteral("faultBox"));
+    box.exec();
+}
+
+} // namespace rehearsal
