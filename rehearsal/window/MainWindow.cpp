@@ -64,7 +64,7 @@ QToolButton *makeButton(QAction *action, QWidget *parent)
 
 } // namespace
 
-MainWindow::MainWindow(Show::TypeSetup types)
+MainWindow::MainWindow(const Show::TypeSetup &types)
     : m_actions(*this),
       m_document(types),
       m_autosave(m_document, autosaveInterval()),

@@ -28,7 +28,7 @@ class MainWindow final : public QMainWindow
 
 public:
     /// Remembers its layout in the program's settings.
-    explicit MainWindow(Show::TypeSetup types);
+    explicit MainWindow(const Show::TypeSetup &types);
     ~MainWindow() override;
 
     /// Opens what the program was started with; without a file, what a crash left or a new show.
