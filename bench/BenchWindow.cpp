@@ -41,10 +41,12 @@ QByteArray showText(int childCount)
 {
     QString text = QStringLiteral("<show version=\"1\"><map>");
     for (int light = 0; light < lightCount; ++light) {
+        const int column = light % columns;
+        const int row = light / columns;
         text += QStringLiteral("<light uid=\"%1\" name=\"Light %1\" x=\"%2\" y=\"%3\"/>")
                     .arg(light + 1)
-                    .arg((light % columns + 0.5) / columns)
-                    .arg((light / columns + 0.5) * columns / lightCount);
+                    .arg((column + 0.5) / columns)
+                    .arg((row + 0.5) * columns / lightCount);
     }
     for (int group = 0; group < groupCount; ++group) {
         QStringList lights;
