@@ -18,6 +18,7 @@ using rehearsal::StageMap;
 class Effect::HostPart
 {
 public:
+    const rehearsal::HostClock *clock = nullptr; ///< asked at every change of a property
     QTime startTime{0, 0};
     bool running = false;
     PropertyStore store;
@@ -114,6 +115,7 @@ Effect::Effect(MapModel *mapModel, unsigned long arg)
       m_effectLib(mapModel ? static_cast<StageMap *>(mapModel)->library() : nullptr),
       m_hostPart(std::make_unique<HostPart>())
 {
+    m_hostPart->clock = &clockOf(m_mapModel);
     PropertyStore &store = m_hostPart->store;
     store.bind(QStringLiteral("begin"), &m_beginTime);
     store.bind(QStringLiteral("end"), &m_endTime);
@@ -192,15 +194,15 @@ void Effect::addChild(Effect *child)
 
 void Effect::setProperty(const QString &key, const QString &value)
 {
-    const bool isInFrame = clockOf(m_mapModel).isInFrame();
-    if (isInFrame && !m_hostPart->wasPlayed) {
+    const rehearsal::HostClock &clock = *m_hostPart->clock;
+    if (!m_hostPart->wasPlayed && clock.isInFrame()) {
         m_hostPart->definedTransparency = getPropertyString(QStringLiteral("transparency"));
         m_hostPart->definedPriority = getPropertyString(QStringLiteral("priority"));
         m_hostPart->wasPlayed = true;
     }
     if (!m_hostPart->store.set(key, value)) {
         // What playback happened to write may become what the effect is.
-        if (!isInFrame && m_hostPart->define(key, value))
+        if (m_hostPart->wasPlayed && !clock.isInFrame() && m_hostPart->define(key, value))
             reportChange(m_mapModel, *this, key);
         return;
     }
@@ -209,7 +211,7 @@ void Effect::setProperty(const QString &key, const QString &value)
     internalSetProperty(key, value);
     if (m_hostPart->observer)
         m_hostPart->observer(key, value);
-    if (isInFrame && isWrittenByFrames(key))
+    if (isWrittenByFrames(key) && clock.isInFrame())
         return;
     m_hostPart->define(key, value);
     reportChange(m_mapModel, *this, key);
