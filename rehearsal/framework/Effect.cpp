@@ -18,17 +18,18 @@ using rehearsal::StageMap;
 class Effect::HostPart
 {
 public:
-    const rehearsal::HostClock *clock = nullptr; ///< asked at every change of a property
+    // What every frame asks for comes first, close to the store's own.
+    const rehearsal::HostClock *clock = nullptr;
     QTime startTime{0, 0};
     bool running = false;
+    bool wasPlayed = false; ///< got a property in a frame
     PropertyStore store;
     EffectHost::Observer observer;
     rehearsal::VerbatimText verbatim;
     std::vector<PropertyStore::Property> verbatimProperties; ///< as the text has them
     QString nestedText;
 
-    // What "transparency" and "priority" were set to outside frames, from the first frame on.
-    bool wasPlayed = false;
+    // What "transparency" and "priority" were set to outside frames, once it was played.
     QString definedTransparency;
     QString definedPriority;
 
