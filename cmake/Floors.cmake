@@ -6,6 +6,8 @@
 # files of its floor and of those below, never one above. Of Qt a room may include Qt Core alone,
 # except where the table says "any".
 #
+# A source includes the header of its own name first, which so proves to need nothing before it.
+#
 # Every fault is printed as file:line: reason, and any fault makes the script fail.
 cmake_minimum_required(VERSION 3.25)
 
@@ -158,11 +160,22 @@ foreach(file IN LISTS roomFiles)
     file(READ "${ROOT}/${file}" text)
     string(REGEX REPLACE "[][;\\]" " " text "${text}") # these would join or split the lines
     string(REPLACE "\n" ";" lines "${text}")
+    cmake_path(REPLACE_EXTENSION file ".h" OUTPUT_VARIABLE own)
+    if(own STREQUAL file OR NOT own IN_LIST projectFiles)
+        set(own "")
+    endif()
     set(number 0)
     foreach(line IN LISTS lines)
         math(EXPR number "${number} + 1")
         if(line MATCHES "^[ \t]*#[ \t]*(include|import)")
             judge("${line}" "${file}" reason)
+            if(own AND NOT reason)
+                cmake_path(GET own FILENAME name)
+                if(NOT line MATCHES "\"${name}\"")
+                    set(reason "${name} is to be included first")
+                endif()
+            endif()
+            set(own "")
             if(reason)
                 fault("${file}" ${number} "${reason}")
             endif()

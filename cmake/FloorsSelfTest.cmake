@@ -50,6 +50,7 @@ put(clean plugin/CreateEffect.cpp "\"MetaEffect.h\"")
 put(clean rehearsal/framework/Player.h "\"Effect.h\"")
 put(clean rehearsal/effects/Solid.h "\"Player.h\"")
 put(clean rehearsal/show/Show.h "\"Solid.h\"" "\"framework/Player.h\"")
+put(clean rehearsal/show/Show.cpp "\"Show.h\"" <QString>)
 put(clean rehearsal/app/main.cpp "\"show/Show.h\"" <QWidget> <QTcpSocket> "\"main.moc\"")
 put(clean tests/tst_anything.cpp "\"MetaEffect.h\"" "\"Show.h\"")
 put(clean build/dev/Generated.cpp "\"Nothing.h\"")
@@ -86,8 +87,8 @@ expect(rehearsal/effects/Up.h 2 "floor 2 includes rehearsal/show/Show.h of floor
 put(faulty rehearsal/app/Across.cpp "\"schedule/TimeResolver.h\"")
 expect(rehearsal/app/Across.cpp 2 "the rehearsal side includes schedule/TimeResolver.h of the plugin side")
 
-put(faulty plugin/MetaEffect.cpp "\"framework/Player.h\"")
-expect(plugin/MetaEffect.cpp 2 "the plugin side includes rehearsal/framework/Player.h of the rehearsal side")
+put(faulty plugin/MetaEffect.cpp "\"MetaEffect.h\"" "\"framework/Player.h\"")
+expect(plugin/MetaEffect.cpp 3 "the plugin side includes rehearsal/framework/Player.h of the rehearsal side")
 
 put(faulty host/Across.h "\"Player.h\"")
 expect(host/Across.h 2 "the host side includes rehearsal/framework/Player.h of the rehearsal side")
@@ -99,6 +100,7 @@ put(faulty schedule/Widget.h "<QtWidgets/QWidget>")
 expect(schedule/Widget.h 2 "QtWidgets/QWidget is of QtWidgets, but only Qt Core is allowed here")
 
 put(faulty plugin/FrameRenderer.h "\"QColor\"")
+expect(plugin/FrameRenderer.cpp 2 "FrameRenderer.h is to be included first")
 expect(plugin/FrameRenderer.h 2 "QColor is of QtGui, but only Qt Core is allowed here")
 
 put(faulty rehearsal/show/Widget.h "<QtWidgets>")
@@ -113,6 +115,9 @@ expect(rehearsal/effects/Network.h 2 "QTcpSocket is of QtNetwork, but only Qt Co
 put(faulty editor/Test.cpp "\"../tests/Support.h\"")
 put(faulty tests/Support.h)
 expect(editor/Test.cpp 2 "tests/Support.h is in no room")
+
+put(faulty rehearsal/show/Show.cpp <QString> "\"Show.h\"")
+expect(rehearsal/show/Show.cpp 2 "Show.h is to be included first")
 
 put(faulty editor/Missing.cpp "\"Missing.h\"")
 expect(editor/Missing.cpp 2 "there is no Missing.h in the project")

@@ -1,9 +1,10 @@
 # meta_sanitize(<target>): builds and links the target with the sanitizers named in META_SANITIZE.
-# With META_FUZZ it is also instrumented for libFuzzer, so that the fuzzer sees which paths it took.
+# The target's sources then see META_SANITIZED. With META_FUZZ it is also instrumented for libFuzzer, so that the fuzzer sees which paths it took.
 function(meta_sanitize target)
     if(META_SANITIZE)
         target_compile_options(${target} PRIVATE
             -fsanitize=${META_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
+        target_compile_definitions(${target} PRIVATE META_SANITIZED)
         target_link_options(${target} PUBLIC -fsanitize=${META_SANITIZE})
     endif()
     if(META_FUZZ)

@@ -482,7 +482,7 @@ int days(const QStringList &arguments)
                           .arg(QFile::exists(realSequence) ? QStringLiteral("a real sequence")
                                                            : QStringLiteral("a generated sequence"))
                           .toStdString());
-#ifndef __SANITIZE_ADDRESS__ // which keeps for a while what was freed, and tells leaks itself
+#ifndef META_SANITIZED // which keeps for a while what was freed, and tells leaks itself
     faults += !reportMemory("heap in use", early.memory.heapBytes, late.memory.heapBytes);
     faults += !reportMemory("resident", early.memory.residentBytes, late.memory.residentBytes);
 #endif

@@ -165,7 +165,8 @@ int countFailures(const Fault &fault)
     for (const auto &[way, failsToSave] : ways) {
         if (std::string(way) == "Autosave" && !fault.isOfAutosaves)
             continue;
-        const int outcome = inAChild([&] { return failingSave(fault, failsToSave); });
+        const int outcome =
+            inAChild([&fault, &save = failsToSave] { return failingSave(fault, save); });
         const bool holds =
             outcome == 0 && contentOf(fault.file) == before && namesIn(folder) == namesBefore;
         failures += !soak::report(holds, fault.name + ", " + way

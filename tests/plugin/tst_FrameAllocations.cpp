@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <memory>
 
-#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#if defined(__GLIBC__) && !defined(META_SANITIZED)
 #define COUNTS_ALLOCATIONS
 #endif
 

@@ -232,8 +232,8 @@ void tst_MetaEffectChildren::getEffectFindsTheFirstWithThatEid()
 
 void tst_MetaEffectChildren::getEffectsIsACopyThatOwnsNothing()
 {
+    int deletions = 0; // counts until the stage is gone
     MetaStage stage;
-    int deletions = 0;
     stage.add(1)->deletions = &deletions;
     stage.add(2)->deletions = &deletions;
     {

@@ -423,8 +423,8 @@ void tst_MetaEffectTransfer::dependantsKeepTheirTimesUntilTheNextPass()
 
 void tst_MetaEffectTransfer::deletedNestedEffectTakesItsChildrenAlong()
 {
+    int deletions = 0; // counts until the stage is gone
     MetaStage stage;
-    int deletions = 0;
     OpenMetaEffect *nested = stage.addNestedTo(stage.effect, 1);
     OpenMetaEffect *deeper = stage.addNestedTo(*nested, 1);
     stage.addTo(*nested, 2)->deletions = &deletions;

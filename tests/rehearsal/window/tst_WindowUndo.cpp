@@ -168,7 +168,7 @@ void tst_WindowUndo::manyStepsBackAndForth()
         if (contentOf(scene) != contents.last())
             contents.append(contentOf(scene));
     };
-    while (contents.size() <= 110) {
+    while (contents.size() <= 60) {
         const quint32 eid = 1 + random.bounded(3u);
         const QString number = QString::number(random.bounded(1, 400) / 20.0);
         switch (random.bounded(7)) {
