@@ -25,7 +25,7 @@ void addThree(EditorStage &stage)
     stage.effect.init();
 }
 
-QString stale(const EditorStage &stage)
+QString stale(EditorStage &stage)
 {
     bool isLoop = false;
     const QString found = stage.staleTimes(&isLoop);

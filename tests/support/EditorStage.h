@@ -1,8 +1,7 @@
 #pragma once
 
+#include "FormUser.h"
 #include "MetaStage.h"
-#include "MetaWidget.h"
-#include "TableWidget.h"
 
 #include <QComboBox>
 #include <QGroupBox>
@@ -64,39 +63,37 @@ public:
 
     /// The texts of a row, or of a column, as the table holds them.
     QStringList row(int row) const;
-    QStringList column(int column) const;
+    QStringList column(int column) { return user().column(column); }
     int rowOf(quint32 eid) { return effect.getRow(eid); }
     static QStringList items(const QComboBox *chooser);
 
     // --- What a user does. ---
 
+    FormUser user() { return {effect, form()}; }
     void click(int row, int column, Qt::KeyboardModifiers modifiers = {},
-               Qt::MouseButton button = Qt::LeftButton);
+               Qt::MouseButton button = Qt::LeftButton)
+    {
+        user().click(row, column, modifiers, button);
+    }
     void selectEid(quint32 eid) { click(rowOf(eid), 0); }
-    void clickHeader(int column);
-    /// Opens the cell's editor, types over its text and presses Return.
-    void typeIntoCell(int row, int column, const QString &text);
-    /// Marks all the text of the field and types over it, key by key.
-    static void typeInto(QLineEdit &field, const QString &text);
+    void clickHeader(int column) { user().clickHeader(column); }
+    void typeIntoCell(int row, int column, const QString &text)
+    {
+        user().typeIntoCell(row, column, text);
+    }
+    static void typeInto(QLineEdit &field, const QString &text) { FormUser::typeInto(field, text); }
     /// Answers the group picker that the action opens: picks the group of that name, or cancels
     /// when it is empty.
     template<typename Action>
     static void pickingGroup(const QString &name, Action action)
     {
-        answerPicker(name);
+        FormUser::answerPicker(name);
         action();
     }
 
-    /// The eids of the selected children, in order, as copying tells them.
-    QStringList selectedEids();
-    /// Empty when table, selection and panel agree; otherwise what does not.
-    QString insanity();
-    /// Empty when every child plays when its rules say; otherwise one that does not.
-    /// @param isLoop whether links form a loop, which has no right times
-    QString staleTimes(bool *isLoop) const;
-
-private:
-    static void answerPicker(const QString &name);
+    QStringList selectedEids() { return user().selectedEids(); }
+    QString insanity() { return user().insanity(); }
+    QString staleTimes(bool *isLoop) { return user().staleTimes(isLoop); }
 };
 
 #define CHECK_SANITY(stage)                                                                        \
