@@ -53,7 +53,34 @@ std::optional<Recovery> leftAt(const QString &autosaveFile, const QString &showF
     const std::optional<QByteArray> left = readWholeFile(autosaveFile, &unasked);
     if (!left || left == text)
         return {};
-    return Recovery{autosaveFile, showFile, info.lastModified()};
+    const bool isOlder =
+        !showFile.isEmpty() && QFileInfo(showFile).lastModified() > info.lastModified();
+    return Recovery{autosaveFile, showFile, info.lastModified(), isOlder};
+}
+
+/// What was put aside, under its first name again if that is free.
+QString backInItsPlace(const QString &autosaveFile)
+{
+    if (autosaveFile.endsWith(suffix))
+        return autosaveFile;
+    const QString place = autosaveFile.left(autosaveFile.lastIndexOf(u'.'));
+    return !QFile::exists(place) && QFile::rename(autosaveFile, place) ? place : autosaveFile;
+}
+
+/// The names under which autosaves of one place were put aside; the place itself first.
+QStringList remainsAt(const QString &place)
+{
+    QStringList files{place};
+    const QFileInfo info(place);
+    const QString prefix = info.fileName() + u'.';
+    const QStringList names = info.dir().entryList(QDir::Files);
+    for (const QString &name : names) {
+        bool isNumber = false;
+        if (name.startsWith(prefix) && QStringView(name).sliced(prefix.size()).toUInt(&isNumber)
+            && isNumber)
+            files.append(info.path() + u'/' + name);
+    }
+    return files;
 }
 
 bool isNewer(const Recovery &a, const Recovery &b)
@@ -117,6 +144,7 @@ void Autosave::attach()
 void Autosave::release()
 {
     removeOwn();
+    tellWorking();
     m_lock.reset();
     m_autosaveFile.clear();
     m_isUnavailable = false;
@@ -145,12 +173,34 @@ void Autosave::saveNow()
     if (!m_lock && !claim())
         return;
     FileFault fault;
-    if (saveText(text, m_autosaveFile, &fault)) {
+    if (putAside(&fault) && saveText(text, m_autosaveFile, &fault)) {
         m_hasFailed = false;
         m_writtenText = text;
+        tellWorking();
     } else if (!std::exchange(m_hasFailed, true)) {
+        m_hasTold = true;
         emit failed(fault);
     }
+}
+
+// What is there before the document's own first autosave is what a dead program left.
+bool Autosave::putAside(FileFault *fault)
+{
+    if (!m_writtenText.isNull() || !QFileInfo(m_autosaveFile).isFile())
+        return true;
+    int number = 1;
+    while (QFile::exists(m_autosaveFile + u'.' + QString::number(number)))
+        ++number;
+    if (QFile::rename(m_autosaveFile, m_autosaveFile + u'.' + QString::number(number)))
+        return true;
+    *fault = {m_autosaveFile, 0, tr("what was left there cannot be kept under another name")};
+    return false;
+}
+
+void Autosave::tellWorking()
+{
+    if (std::exchange(m_hasTold, false))
+        emit working();
 }
 
 void Autosave::close()
@@ -196,7 +246,12 @@ void Autosave::tellUnavailable(const QString &reason)
     if (std::exchange(m_isUnavailable, true))
         return;
     QMetaObject::invokeMethod(
-        this, [this, reason] { emit unavailable(reason); }, Qt::QueuedConnection);
+        this,
+        [this, reason] {
+            m_hasTold = true;
+            emit unavailable(reason);
+        },
+        Qt::QueuedConnection);
 }
 
 QStringList Autosave::placesOf(const QString &file) const
@@ -229,9 +284,12 @@ std::optional<Recovery> Autosave::recoverable(const QString &file) const
     std::optional<Recovery> newest;
     const QStringList places = placesOf(file);
     for (const QString &place : places) {
-        const std::optional<Recovery> found = leftAt(place, showFile, text);
-        if (found && (!newest || isNewer(*found, *newest)))
-            newest = found;
+        const QStringList remains = remainsAt(place);
+        for (const QString &left : remains) {
+            const std::optional<Recovery> found = leftAt(left, showFile, text);
+            if (found && (!newest || isNewer(*found, *newest)))
+                newest = found;
+        }
     }
     return newest;
 }
@@ -254,7 +312,7 @@ bool Autosave::recover(const Recovery &recovery, FileFault *fault)
     const std::optional<QByteArray> text = readWholeFile(recovery.autosaveFile, fault);
     if (!text)
         return false;
-    m_recoveredFile = recovery.autosaveFile;
+    m_recoveredFile = backInItsPlace(recovery.autosaveFile);
     const bool isOpened =
         m_document.openText(*text, recovery.autosaveFile, recovery.showFile, fault);
     m_recoveredFile.clear();

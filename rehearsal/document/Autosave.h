@@ -22,6 +22,7 @@ struct Recovery
     QString autosaveFile;
     QString showFile; ///< absolute; empty for a show that had no file
     QDateTime written;
+    bool isOlder = false; ///< than the show's file as it is now
 };
 
 /// Keeps the unsaved state of a document on disk: what is older than the interval is there.
@@ -30,7 +31,7 @@ struct Recovery
 /// has no file, or where nothing can be written beside it. The file goes when the document is saved,
 /// found unmodified, replaced by another show or closed. A lock beside it tells other programs that
 /// its owner lives, and is void as soon as the owner is dead. What a dead program left and nobody
-/// recovered or discarded stays until the document's own first autosave takes its place.
+/// recovered or discarded stays: as FILE.autosave.1, .2 ... once the document needs the name itself.
 class Autosave final : public QObject
 {
     Q_OBJECT
@@ -69,6 +70,8 @@ public:
 signals:
     /// The autosave could not be written. Told once, until it works again.
     void failed(const rehearsal::FileFault &fault);
+    /// After failed() or unavailable(): it works again, or there is another document.
+    void working();
     /// The document has no autosave: another program has it, or there is no place for it. Told once a
     /// document, from the event loop.
     void unavailable(const QString &reason);
@@ -77,6 +80,8 @@ private:
     void attach();
     void release();
     void removeOwn();
+    bool putAside(FileFault *fault);
+    void tellWorking();
     bool claim();
     bool claim(const QString &autosaveFile, bool *isTaken);
     void tellUnavailable(const QString &reason);
@@ -95,6 +100,7 @@ private:
     QString m_recoveredFile;           ///< the autosave that is being recovered
     bool m_isUnavailable = false;
     bool m_hasFailed = false;
+    bool m_hasTold = false; ///< that it does not work
 };
 
 } // namespace rehearsal

@@ -68,6 +68,13 @@ QString absolutePath(const QString &file)
     return file.isEmpty() ? QString() : QFileInfo(file).absoluteFilePath();
 }
 
+// Invalid where there is no such file.
+QDateTime timeOf(const QString &file)
+{
+    const QFileInfo info(file);
+    return info.isFile() ? info.lastModified() : QDateTime();
+}
+
 } // namespace
 
 ShowDocument::ShowDocument(Show::TypeSetup types, QObject *parent)
@@ -128,6 +135,7 @@ void ShowDocument::take(std::unique_ptr<Show> show, const QString &file,
     emit showAboutToBeReplaced(Replacement::AnotherShow);
     install(std::move(show));
     m_file = file;
+    m_fileTime = timeOf(file);
     m_suggestedName = suggestedName;
     m_history.reset(m_text);
     m_savedMeaning = isModified ? QByteArray() : m_meaning;
@@ -182,6 +190,7 @@ bool ShowDocument::write(const QString &file, FileFault *fault)
     m_savedMeaning = m_meaning;
     m_savedStep = m_history.current();
     m_lastToken = 0; // one can go back to what was saved
+    m_fileTime = timeOf(file);
     if (m_file != file) {
         m_file = file;
         m_suggestedName.clear();
@@ -189,6 +198,12 @@ bool ShowDocument::write(const QString &file, FileFault *fault)
     }
     reportModified();
     return true;
+}
+
+bool ShowDocument::isFileChanged() const
+{
+    const QDateTime now = timeOf(m_file);
+    return now.isValid() && now != m_fileTime;
 }
 
 QString ShowDocument::displayName() const

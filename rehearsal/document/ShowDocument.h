@@ -4,6 +4,7 @@
 #include "Show.h"
 #include "UndoHistory.h"
 
+#include <QDateTime>
 #include <QObject>
 
 namespace rehearsal {
@@ -50,6 +51,9 @@ public:
     bool save(FileFault *fault);
     /// From now on this is the document's file, if it could be written.
     bool saveAs(const QString &file, FileFault *fault);
+
+    /// Whether another program wrote the file since it was opened or saved here.
+    bool isFileChanged() const;
 
     /// Absolute; empty where there is none.
     QString file() const { return m_file; }
@@ -116,6 +120,7 @@ private:
     std::unique_ptr<Show> m_show;
     QString m_file;
     QString m_suggestedName;
+    QDateTime m_fileTime; ///< when the file was last written, as far as is known here
 
     QByteArray m_text;    ///< of the last look
     QByteArray m_meaning; ///< of that text; what counts as an edit changes it

@@ -161,6 +161,10 @@ void Playback::refresh()
         m_isEdited = true; // the next frame comes by itself
     else if (m_player && m_state == State::Paused && !isAtEnd())
         showAt(within(m_position));
+    else if (m_player) {
+        m_position = std::min(m_position, length());
+        emit frameShown(); // the show may have another length
+    }
 }
 
 void Playback::setSpeed(double speed)

@@ -41,8 +41,10 @@ DocumentCommands::DocumentCommands(ShowDocument &document, Autosave &autosave,
 
 void DocumentCommands::startNew()
 {
+    if (!mayLeave() || recoverUntitled())
+        return;
     FileFault fault;
-    if (mayLeave() && !m_document.startNew(&fault))
+    if (!m_document.startNew(&fault))
         tell(fault);
 }
 
@@ -105,7 +107,7 @@ bool DocumentCommands::recoverUntitled()
 DocumentCommands::Answer DocumentCommands::offer(const Recovery &recovery, const QString &name)
 {
     m_window.show();
-    const Answer answer = ask(name, recovery.written);
+    const Answer answer = ask(recovery, name);
     if (answer == Answer::Discard)
         m_autosave.discard(recovery);
     if (answer != Answer::Recover)
@@ -121,7 +123,8 @@ DocumentCommands::Answer DocumentCommands::offer(const Recovery &recovery, const
     return answer;
 }
 
-DocumentCommands::Answer DocumentCommands::ask(const QString &name, const QDateTime &written)
+// What is older than the file is not to be taken by a hasty Return.
+DocumentCommands::Answer DocumentCommands::ask(const Recovery &recovery, const QString &name)
 {
     QMessageBox box(QMessageBox::Question, DocumentCommands::tr("Recover"),
                     DocumentCommands::tr("The program did not end in order the last time, and left "
@@ -129,8 +132,13 @@ DocumentCommands::Answer DocumentCommands::ask(const QString &name, const QDateT
                         .arg(name),
                     QMessageBox::NoButton, &m_window);
     box.setObjectName(QStringLiteral("recoverBox"));
-    box.setInformativeText(DocumentCommands::tr("They are of %1. Recover them?")
-                               .arg(QLocale().toString(written, QLocale::ShortFormat)));
+    box.setTextFormat(Qt::PlainText);
+    const QString time = QLocale().toString(recovery.written, QLocale::ShortFormat);
+    box.setInformativeText(
+        recovery.isOlder
+            ? tr("They are of %1; the show was saved since then. Recover them all the same?")
+                  .arg(time)
+            : tr("They are of %1. Recover them?").arg(time));
     QPushButton *recover = box.addButton(DocumentCommands::tr("&Recover"), QMessageBox::AcceptRole);
     recover->setObjectName(QStringLiteral("recoverButton"));
     QPushButton *discard =
@@ -138,7 +146,7 @@ DocumentCommands::Answer DocumentCommands::ask(const QString &name, const QDateT
     discard->setObjectName(QStringLiteral("discardButton"));
     QPushButton *later = box.addButton(DocumentCommands::tr("&Later"), QMessageBox::RejectRole);
     later->setObjectName(QStringLiteral("laterButton"));
-    box.setDefaultButton(recover);
+    box.setDefaultButton(recovery.isOlder ? later : recover);
     box.setEscapeButton(later);
     box.exec();
     if (box.clickedButton() == recover)
@@ -153,6 +161,11 @@ bool DocumentCommands::save()
     takeTyped();
     if (m_document.file().isEmpty())
         return saveAs();
+    if (m_document.isFileChanged()) {
+        const Overwriting answer = askToOverwrite();
+        if (answer != Overwriting::Replace)
+            return answer == Overwriting::SaveAs && saveAs();
+    }
     FileFault fault;
     if (!m_document.save(&fault)) {
         tell(fault);
@@ -160,6 +173,26 @@ bool DocumentCommands::save()
     }
     emit said(tr("Saved %1").arg(m_document.displayName()));
     return true;
+}
+
+DocumentCommands::Overwriting DocumentCommands::askToOverwrite()
+{
+    QMessageBox box(QMessageBox::Warning, tr("Save the Show"),
+                    tr("Another program has changed \"%1\" since it was opened here.")
+                        .arg(m_document.displayName()),
+                    QMessageBox::Cancel, &m_window);
+    box.setObjectName(QStringLiteral("changedBox"));
+    box.setTextFormat(Qt::PlainText);
+    box.setInformativeText(tr("What is in the file now is lost if you replace it."));
+    QPushButton *replace = box.addButton(tr("&Replace"), QMessageBox::DestructiveRole);
+    replace->setObjectName(QStringLiteral("replaceButton"));
+    QPushButton *saveAs = box.addButton(tr("Save &As..."), QMessageBox::AcceptRole);
+    saveAs->setObjectName(QStringLiteral("saveAsButton"));
+    box.setDefaultButton(saveAs);
+    box.exec();
+    if (box.clickedButton() == replace)
+        return Overwriting::Replace;
+    return box.clickedButton() == saveAs ? Overwriting::SaveAs : Overwriting::Cancel;
 }
 
 bool DocumentCommands::saveAs()
@@ -203,8 +236,17 @@ void DocumentCommands::import(const QString &sequence)
 void DocumentCommands::render()
 {
     takeTyped();
-    if (!m_renderDialog)
+    if (!m_renderDialog) {
         m_renderDialog = new RenderDialog(m_types, &m_window);
+        connect(m_renderDialog, &RenderDialog::showWanted, this, [this] {
+            takeTyped();
+            m_renderDialog->setShow(m_document.text(), m_document.file());
+        });
+        connect(&m_document, &ShowDocument::fileChanged, m_renderDialog, [this] {
+            m_renderDialog->forgetPermissions();
+            m_renderDialog->setShow(m_document.text(), m_document.file());
+        });
+    }
     m_renderDialog->setShow(m_document.text(), m_document.file());
     m_renderDialog->show();
     m_renderDialog->raise();
@@ -220,6 +262,7 @@ bool DocumentCommands::mayLeave()
                     tr("Save the changes to \"%1\"?").arg(m_document.displayName()),
                     QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, &m_window);
     box.setObjectName(QStringLiteral("saveQuestion"));
+    box.setTextFormat(Qt::PlainText);
     box.setInformativeText(tr("They are lost if you do not save them."));
     box.button(QMessageBox::Discard)->setText(tr("Do&n't Save"));
     box.setDefaultButton(QMessageBox::Save);
@@ -249,6 +292,7 @@ void DocumentCommands::tell(const FileFault &fault)
     QMessageBox box(QMessageBox::Critical, tr("Rehearsal"), fault.message(), QMessageBox::Ok,
                     &m_window);
     box.setObjectName(QStringLiteral("faultBox"));
+    box.setTextFormat(Qt::PlainText);
     box.exec();
 }
 

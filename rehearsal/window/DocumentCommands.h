@@ -4,7 +4,6 @@
 
 #include <QObject>
 
-class QDateTime;
 class QWidget;
 
 namespace rehearsal {
@@ -27,6 +26,7 @@ public:
     DocumentCommands(ShowDocument &document, Autosave &autosave, RecentFiles &recentFiles,
                      Show::TypeSetup types, QWidget &window);
 
+    /// What a crash left of shows that never had a file is offered first.
     void startNew();
     /// Asks for the file.
     void open();
@@ -61,7 +61,9 @@ private:
     void takeTyped();
     void openAsking(const QString &file);
     Answer offer(const Recovery &recovery, const QString &name);
-    Answer ask(const QString &name, const QDateTime &written);
+    Answer ask(const Recovery &recovery, const QString &name);
+    enum class Overwriting { Replace, SaveAs, Cancel };
+    Overwriting askToOverwrite();
     QString folder() const;
     void tell(const FileFault &fault);
 

@@ -42,7 +42,7 @@ KeyRouting::KeyRouting(QWidget &window, QList<QAction *> singleKeyed, QList<QAct
 bool KeyRouting::work(const QKeyEvent &event) const
 {
     QAction *action = actionFor(m_singleKeyed, event);
-    if (action)
+    if (action && (action->autoRepeat() || !event.isAutoRepeat()))
         action->trigger();
     return action != nullptr;
 }

@@ -77,6 +77,7 @@ MainWindow::MainWindow(const Show::TypeSetup &types)
       m_effectBox(new QComboBox(this)),
       m_editorDock(new EditorDock(this)),
       m_transport(new TransportBar(m_playback, m_actions.transport(), this)),
+      m_autosaveWarning(new QLabel(tr("No autosave"), this)),
       m_hint(new QLabel(this))
 {
     ParameterEditor::registerAsEditor();
@@ -122,6 +123,10 @@ void MainWindow::layOut()
 
     m_hint->setObjectName(QStringLiteral("hint"));
     statusBar()->addWidget(m_hint, 1);
+    m_hint->setTextFormat(Qt::PlainText);
+    m_autosaveWarning->setObjectName(QStringLiteral("autosaveWarning"));
+    m_autosaveWarning->hide();
+    statusBar()->addPermanentWidget(m_autosaveWarning);
     statusBar()->addPermanentWidget(new FrameMeter(m_playback, this));
     resize(usualSize);
 }
@@ -193,10 +198,10 @@ void MainWindow::connectDocument()
     connect(&m_commands, &DocumentCommands::said, this,
             [this](const QString &words) { statusBar()->showMessage(words, saidForMs); });
     connect(&m_autosave, &Autosave::failed, this, [this](const FileFault &fault) {
-        statusBar()->showMessage(tr("The autosave failed: %1").arg(fault.message()));
+        warnOfAutosave(tr("The autosave failed: %1").arg(fault.message()));
     });
-    connect(&m_autosave, &Autosave::unavailable, this,
-            [this](const QString &why) { statusBar()->showMessage(why); });
+    connect(&m_autosave, &Autosave::unavailable, this, &MainWindow::warnOfAutosave);
+    connect(&m_autosave, &Autosave::working, m_autosaveWarning, &QLabel::hide);
 }
 
 void MainWindow::letGoOfShow()
@@ -266,6 +271,14 @@ void MainWindow::finishTyping()
     }
     QFocusEvent out(QEvent::FocusOut, Qt::OtherFocusReason);
     QCoreApplication::sendEvent(field, &out);
+}
+
+// It stays in sight for as long as it holds.
+void MainWindow::warnOfAutosave(const QString &why)
+{
+    m_autosaveWarning->setToolTip(why.toHtmlEscaped());
+    m_autosaveWarning->show();
+    statusBar()->showMessage(why);
 }
 
 void MainWindow::refreshTitle()
@@ -353,11 +366,15 @@ void MainWindow::connectFileActions()
     connect(m_actions.quit, &QAction::triggered, this, &QWidget::close);
     connect(m_actions.undo, &QAction::triggered, this, [this] {
         finishTyping();
-        m_document.undo();
+        FileFault fault;
+        if (!m_document.undo(&fault) && !fault.what.isEmpty())
+            statusBar()->showMessage(fault.message());
     });
     connect(m_actions.redo, &QAction::triggered, this, [this] {
         finishTyping();
-        m_document.redo();
+        FileFault fault;
+        if (!m_document.redo(&fault) && !fault.what.isEmpty())
+            statusBar()->showMessage(fault.message());
     });
     connect(m_actions.about, &QAction::triggered, this, &MainWindow::showAbout);
 }

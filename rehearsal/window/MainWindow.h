@@ -65,6 +65,7 @@ private:
     void followEdit();
     void finishTyping();
     void showFrame();
+    void warnOfAutosave(const QString &why);
     void refreshTitle();
     void refreshHistory();
     void tellUnknownTypes();
@@ -86,7 +87,8 @@ private:
     QComboBox *m_effectBox; ///< the show's top-level effects; hidden where there is one
     EditorDock *m_editorDock;
     TransportBar *m_transport;
-    QLabel *m_hint; ///< in the status bar: what is under the cursor
+    QLabel *m_autosaveWarning; ///< in the status bar: there is no autosave
+    QLabel *m_hint;            ///< in the status bar: what is under the cursor
 
     EditorMemory m_editorMemory; ///< while the show is built anew
     QByteArray m_layoutBeforeFullScreen;

@@ -233,6 +233,7 @@ QStringList RenderDialog::filesToReplace() const
 
 void RenderDialog::handleRender()
 {
+    emit showWanted();
     QWidget *place = nullptr;
     const QString fault = faultOfChoices(&place);
     if (!fault.isEmpty()) {

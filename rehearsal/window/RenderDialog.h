@@ -35,10 +35,17 @@ public:
     /// @param file of the show; empty: it has none yet
     void setShow(const QByteArray &text, const QString &file);
 
+    /// Another show is to be rendered: what the user agreed to replace was of the one before.
+    void forgetPermissions() { m_replaceable.clear(); }
+
     bool isRendering() const { return m_job != nullptr; }
 
 public slots:
     void done(int result) override;
+
+signals:
+    /// A render was asked for: whoever has edited the show is to call setShow() now.
+    void showWanted();
 
 private:
     struct Output

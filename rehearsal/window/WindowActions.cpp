@@ -100,6 +100,8 @@ void fillPlayMenu(WindowActions &actions, QMainWindow &window)
     actions.stop->setIcon(transportIcon(TransportSymbol::Stop));
     actions.restart->setIcon(transportIcon(TransportSymbol::Restart));
     actions.loop->setIcon(transportIcon(TransportSymbol::Loop));
+    for (QAction *action : {actions.playPause, actions.stop, actions.restart, actions.loop})
+        action->setAutoRepeat(false);
     filler.addSeparator();
     actions.goToStart =
         filler.add("goToStartAction", tr("&Go to Start"), {QKeySequence(Qt::Key_Home)});

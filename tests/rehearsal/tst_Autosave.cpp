@@ -168,6 +168,7 @@ struct Program
     Autosave autosave;
     QSignalSpy failed{&autosave, &Autosave::failed};
     QSignalSpy unavailable{&autosave, &Autosave::unavailable};
+    QSignalSpy working{&autosave, &Autosave::working};
 };
 
 /// What a program leaves that dies with this edit.
@@ -217,6 +218,8 @@ private slots:
     void discardedRecoveryIsGone();
     void untitledRecoveriesAreListedNewestFirst();
     void foreignRemainsAreNotTouchedWithoutAnEdit();
+    void remainsAreKeptUnderAnotherName();
+    void remainsThatAreOlderThanTheFileAreTold();
 
     void secondProgramHasNoAutosave();
     void anotherDocumentWithoutAutosaveIsToldAgain();
@@ -622,6 +625,44 @@ void tst_Autosave::foreignRemainsAreNotTouchedWithoutAnEdit()
     QCOMPARE(numberIn(contentOf(folders.autosaveFile)), 5);
 }
 
+void tst_Autosave::remainsAreKeptUnderAnotherName()
+{
+    const Folders folders;
+    const QString aside = folders.autosaveFile + QStringLiteral(".1");
+    leaveBehind(folders, QStringLiteral("5"));
+    {
+        Program program(folders, folders.file);
+        program.editAndSave(QStringLiteral("7"));
+        QCOMPARE(numberIn(contentOf(folders.autosaveFile)), 7);
+        QCOMPARE(numberIn(contentOf(aside)), 5);
+        program.editAndSave(QStringLiteral("8"));
+        program.autosave.close();
+    }
+    QCOMPARE(folders.besideTheShow(),
+             QStringList({QStringLiteral("a.show"), QStringLiteral("a.show.autosave.1")}));
+
+    Program program(folders);
+    QVERIFY(program.autosave.recover(*program.autosave.recoverable(folders.file), &program.fault));
+    QCOMPARE(numberIn(contentOf(folders.autosaveFile)), 5);
+    QVERIFY(program.document.save(&program.fault));
+    program.autosave.close();
+    QCOMPARE(numberIn(contentOf(folders.file)), 5);
+    QCOMPARE(folders.besideTheShow(), onlyTheShow);
+}
+
+void tst_Autosave::remainsThatAreOlderThanTheFileAreTold()
+{
+    const Folders folders;
+    leaveBehind(folders, QStringLiteral("5"));
+    QVERIFY(!Program(folders).autosave.recoverable(folders.file)->isOlder);
+    QTest::qSleep(20);
+    Program program(folders, folders.file);
+    rename(program.document, QStringLiteral("9"));
+    QVERIFY(program.document.save(&program.fault));
+    program.autosave.close();
+    QVERIFY(Program(folders).autosave.recoverable(folders.file)->isOlder);
+}
+
 // --- Two programs ---
 
 void tst_Autosave::secondProgramHasNoAutosave()
@@ -781,6 +822,7 @@ void tst_Autosave::failureIsToldOnceUntilItWorksAgain()
         QVERIFY(QDir().rmdir(folders.autosaveFile));
         program.autosave.saveNow();
         QCOMPARE(numberIn(contentOf(folders.autosaveFile)), 10 * round + 1);
+        QCOMPARE(program.working.count(), round);
         QVERIFY(QFile::remove(folders.autosaveFile));
     }
 }

@@ -59,6 +59,8 @@ private slots:
     void refusesWhatMakesNoSense_data();
     void refusesWhatMakesNoSense();
     void asksBeforeItReplacesAFile();
+    void asksAgainForAnotherShow();
+    void rendersTheShowAsItIsThen();
     void browsedFilesAreNotAskedAboutAgain();
     void folderThatIsNotThereIsAFault();
     void brokenShowIsAFault();
@@ -342,6 +344,30 @@ void tst_RenderDialog::asksBeforeItReplacesAFile()
     QVERIFY(m_dialog->isRendering());
     QTRY_VERIFY(!m_dialog->isRendering());
     QVERIFY(!saysFault());
+}
+
+void tst_RenderDialog::asksAgainForAnotherShow()
+{
+    renderToTheEnd();
+    QVERIFY(QFile::exists(path("minimal.png")));
+    m_dialog->forgetPermissions();
+    click("m_renderButton");
+    QVERIFY(!m_dialog->isRendering());
+    QVERIFY(widget<QMessageBox>("m_replaceBox")->text().contains(path("minimal.png")));
+}
+
+// An open dialog does not know what was edited since.
+void tst_RenderDialog::rendersTheShowAsItIsThen()
+{
+    QByteArray now = m_text;
+    m_dialog->setShow("no show at all", path("minimal.show"));
+    connect(m_dialog.get(), &RenderDialog::showWanted, m_dialog.get(),
+            [&] { m_dialog->setShow(now, path("minimal.show")); });
+    renderToTheEnd();
+    QVERIFY(!saysFault());
+    now = "no show either";
+    click("m_renderButton");
+    QVERIFY(saysFault());
 }
 
 void tst_RenderDialog::browsedFilesAreNotAskedAboutAgain()

@@ -155,6 +155,7 @@ private slots:
     void saveSeesWhatWasChangedInThisTurn();
     void saveWithoutAFileIsAFault();
     void saveOfNothingIsAFault();
+    void fileThatAnotherProgramWroteIsNoticed();
     void saveAsTakesTheFile();
     void failedSaveLeavesTheDocumentModified();
     void failedSaveAsKeepsTheFile();
@@ -461,6 +462,20 @@ void tst_ShowDocument::saveOfNothingIsAFault()
     FileFault fault;
     QVERIFY(!document.saveAs(file, &fault));
     QVERIFY(!QFile::exists(file));
+}
+
+void tst_ShowDocument::fileThatAnotherProgramWroteIsNoticed()
+{
+    Opened opened;
+    QVERIFY(!opened.document.isFileChanged());
+    QTest::qSleep(20);
+    QVERIFY(write(opened.file, twoChildren));
+    QVERIFY(opened.document.isFileChanged());
+    FileFault fault;
+    QVERIFY(opened.document.save(&fault));
+    QVERIFY(!opened.document.isFileChanged());
+    QVERIFY(QFile::remove(opened.file));
+    QVERIFY(!opened.document.isFileChanged());
 }
 
 void tst_ShowDocument::saveAsTakesTheFile()

@@ -1,7 +1,11 @@
+#include "Autosave.h"
+#include "TestTypes.h"
 #include "WindowEdits.h"
 
+#include <QDir>
 #include <QDropEvent>
 #include <QFileInfo>
+#include <QLabel>
 #include <QMimeData>
 #include <QRegularExpression>
 #include <QSettings>
@@ -101,6 +105,10 @@ private slots:
     void savesInPlace();
     void savesWhatStillStandsInAField_data();
     void savesWhatStillStandsInAField();
+    void replacesWhatAnotherProgramWroteOnlyWhenTold();
+    void olderRemainsAreNotRecoveredByReturn();
+    void newOffersWhatACrashLeftOfAnother();
+    void missingAutosaveStaysInSight();
     void savesAs();
     void untitledIsSavedAs();
     void escapedSaveAsSavesNothing();
@@ -228,6 +236,74 @@ void tst_WindowDocuments::savesWhatStillStandsInAField()
     QVERIFY(WindowScene::read(scene.file)
                 .contains(isCell ? ">Dawn<" : "<property key=\"endcyclecount\">37</property>"));
     QVERIFY(!scene.window.isWindowModified());
+}
+
+void tst_WindowDocuments::replacesWhatAnotherProgramWroteOnlyWhenTold()
+{
+    Edited scene;
+    QTest::qSleep(20);
+    scene.write("a.show", twoEffectsShow());
+    {
+        const BoxUser user;
+        scene.key(Qt::Key_S, Qt::ControlModifier);
+        QCOMPARE(user.seen, QStringList({"changedBox"}));
+    }
+    QCOMPARE(WindowScene::read(scene.file), twoEffectsShow());
+    QVERIFY(scene.window.isWindowModified());
+    {
+        const BoxUser user({BoxUser::click("replaceButton")});
+        scene.key(Qt::Key_S, Qt::ControlModifier);
+        QCOMPARE(user.seen, QStringList({"changedBox"}));
+    }
+    QVERIFY(WindowScene::read(scene.file).contains(">Dawn<"));
+    scene.typeIntoCell(1, meta::NameColumn, "Dusk");
+    const BoxUser user;
+    scene.key(Qt::Key_S, Qt::ControlModifier);
+    QCOMPARE(user.seen, QStringList());
+    QVERIFY(WindowScene::read(scene.file).contains(">Dusk<"));
+}
+
+void tst_WindowDocuments::olderRemainsAreNotRecoveredByReturn()
+{
+    WindowScene scene(WindowScene::WithoutShow);
+    const QString left = scene.write("b.show.autosave", minuteShow());
+    QTest::qSleep(20);
+    const QString file = scene.write("b.show", twoEffectsShow());
+    const BoxUser user({BoxUser::type(Qt::Key_Return)});
+    rehearsal::FileFault fault;
+    QVERIFY(scene.window.start(file, &fault));
+    QCOMPARE(user.seen, QStringList({"recoverBox"}));
+    QVERIFY(!scene.window.isWindowModified());
+    QCOMPARE(WindowScene::read(left), minuteShow());
+}
+
+void tst_WindowDocuments::newOffersWhatACrashLeftOfAnother()
+{
+    WindowScene scene;
+    const QDir data(rehearsal::Autosave::standardDataFolder());
+    QVERIFY(data.mkpath("."));
+    QVERIFY(QFile::copy(scene.write("c.show", twoEffectsShow()),
+                        data.filePath("untitled-left.autosave")));
+    const BoxUser user({BoxUser::click("recoverButton")});
+    scene.trigger("newAction");
+    QCOMPARE(user.seen, QStringList({"recoverBox"}));
+    QCOMPARE(scene.document().show()->effects().size(), 2);
+    QCOMPARE(scene.document().file(), QString());
+    QVERIFY(scene.window.isWindowModified());
+    QVERIFY(QFile::remove(data.filePath("untitled-left.autosave")));
+}
+
+void tst_WindowDocuments::missingAutosaveStaysInSight()
+{
+    const WindowScene first;
+    rehearsal::MainWindow second(allTypes());
+    const auto *warning = second.findChild<QLabel *>("autosaveWarning");
+    QVERIFY(warning->isHidden());
+    rehearsal::FileFault fault;
+    QVERIFY(second.start(first.file, &fault));
+    QTRY_VERIFY(!warning->isHidden());
+    QVERIFY(second.document().open(first.write("b.show", twoEffectsShow()), &fault));
+    QVERIFY(warning->isHidden());
 }
 
 void tst_WindowDocuments::savesAs()

@@ -54,6 +54,7 @@ private slots:
 
     void spacePlaysAndPauses_data();
     void spacePlaysAndPauses();
+    void heldSpacePlaysOnce();
     void singleKeysWorkTheTransport_data();
     void singleKeysWorkTheTransport();
     void heldModifiersDoNotCount();
@@ -177,6 +178,18 @@ void tst_WindowKeys::spacePlaysAndPauses()
     QCOMPARE(scene.playback().state(), Playback::State::Paused);
     scene.key(Qt::Key_Space, Qt::ShiftModifier);
     QCOMPARE(scene.playback().state(), Playback::State::Stopped);
+}
+
+void tst_WindowKeys::heldSpacePlaysOnce()
+{
+    WindowScene scene;
+    scene.timeline().setFocus();
+    scene.key(Qt::Key_Space);
+    for (int repeat = 0; repeat < 3; ++repeat) {
+        QKeyEvent event(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, QStringLiteral(" "), true);
+        QApplication::sendEvent(&scene.timeline(), &event);
+        QCOMPARE(scene.playback().state(), Playback::State::Playing);
+    }
 }
 
 void tst_WindowKeys::singleKeysWorkTheTransport_data()

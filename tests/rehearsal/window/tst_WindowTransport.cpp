@@ -29,6 +29,7 @@ private slots:
     void stepsStayWithinTheShow();
     void clockTellsTheTime_data();
     void clockTellsTheTime();
+    void lengthFollowsAnEditOfAStoppedShow();
     void speedIsChosen();
     void speedIsSteppedWithinItsBounds();
     void playedTimeFollowsTheSpeed();
@@ -169,6 +170,15 @@ void tst_WindowTransport::clockTellsTheTime()
     scene.playback().seek(position);
     QCOMPARE(scene.part<QLabel>("clock").text(), text);
     QVERIFY(scene.part<QLabel>("length").text().contains(QStringLiteral("1:00.000")));
+}
+
+void tst_WindowTransport::lengthFollowsAnEditOfAStoppedShow()
+{
+    WindowScene scene;
+    scene.typeIntoCell(3, meta::EndColumn, QStringLiteral("90"));
+    QCOMPARE(scene.playback().length(), 90'000u);
+    QVERIFY(scene.part<QLabel>("length").text().contains(QStringLiteral("1:30.000")));
+    QCOMPARE(scene.playback().state(), Playback::State::Stopped);
 }
 
 void tst_WindowTransport::speedIsChosen()
