@@ -119,6 +119,9 @@ expect(editor/Test.cpp 2 "tests/Support.h is in no room")
 put(faulty rehearsal/show/Show.cpp <QString> "\"Show.h\"")
 expect(rehearsal/show/Show.cpp 2 "Show.h is to be included first")
 
+put(faulty rehearsal/effects/Solid.cpp)
+expect(rehearsal/effects/Solid.cpp 1 "it does not include the header of its name")
+
 put(faulty editor/Missing.cpp "\"Missing.h\"")
 expect(editor/Missing.cpp 2 "there is no Missing.h in the project")
 

@@ -1,5 +1,6 @@
-# meta_sanitize(<target>): builds and links the target with the sanitizers named in META_SANITIZE.
-# The target's sources then see META_SANITIZED. With META_FUZZ it is also instrumented for libFuzzer, so that the fuzzer sees which paths it took.
+# meta_sanitize(<target>): builds and links the target with the sanitizers named in META_SANITIZE. Its
+# sources then see META_SANITIZED. With META_FUZZ it is also instrumented for libFuzzer, so that the
+# fuzzer sees which paths it took.
 function(meta_sanitize target)
     if(META_SANITIZE)
         target_compile_options(${target} PRIVATE
