@@ -32,6 +32,8 @@ constexpr int deepestEditor = 3;
 constexpr std::size_t mostWindows = 8;
 constexpr qint64 nsPerFrame = 1'000'000'000 / rehearsal::Playback::framesPerSecond;
 constexpr int actionsPerRoundTrip = 1000;
+/// Who does not want to be asked before a type is changed wants to be asked again so often.
+constexpr int actionsPerQuestion = 50;
 /// So many of the newest actions are told when something is wrong.
 constexpr std::size_t toldActions = 40;
 /// Most seeks go to a place before this.
@@ -47,13 +49,17 @@ void addTypes(rehearsal::EffectFactory &factory)
                     [](MapModel *map) { return new OpenMetaEffect(map, 0); });
 }
 
-/// Two meta effects at the top, one of them with others in it.
+/// Two meta effects at the top, each with others in it, two levels deep.
 QByteArray showToEdit()
 {
     soak::LargeShow show{.lights = 20, .groups = 4, .lightsOfGroup = 6, .children = 3, .nested = 2};
     show.nestedChildren = 3;
     show.depth = 2;
     QByteArray text = show.text();
+    // Each pass would make a nested one that is so many cycles long so many times longer.
+    text.replace(
+        "<property key=\"endtype\">2</property><property key=\"endcyclecount\">1</property>",
+        "<property key=\"endtype\">0</property><property key=\"endfixedtime\">6000</property>");
     const QByteArray end("</show>");
     text.chop(end.size());
     const QByteArray map("</map>");
@@ -146,7 +152,8 @@ public:
     qint64 hostClosings = 0;
     qint64 closingsMidway = 0;
     qint64 rebuildings = 0;
-    qint64 checkedChildren = 0; ///< of which it was looked whether they play when they should
+    qint64 checkedTimes = 0;    ///< how often all times of an effect were compared with the rules
+    qint64 checkedChildren = 0; ///< how often it was looked whether a child runs as it should
 
 private:
     // --- What there is ---
@@ -212,9 +219,10 @@ private:
         const QString name = QStringLiteral("\"%1\" at level %2")
                                  .arg(meta::keys::name.readText(user.effect()))
                                  .arg(levelOf(user));
+        const std::vector<MetaWidget *> concerned = formsAround(user.effect());
         const QString deed = m_hand.act(user);
         if (m_hand.leavesTimes())
-            m_formsInStep.clear();
+            expectNoTimes(concerned);
         return name + QStringLiteral(": ") + deed;
     }
 
@@ -252,8 +260,9 @@ private:
     void openWindow(OpenMetaEffect &effect)
     {
         QWidget *form = effect.internalGetEffectWidget();
-        if (form->parentWidget())
-            return; // it is shown in another form
+        if (form->parentWidget() // it is shown in another form
+            || std::find(m_windows.begin(), m_windows.end(), form) != m_windows.end())
+            return;
         form->resize(1100, 1000);
         form->show();
         m_windows.emplace_back(form);
@@ -285,7 +294,7 @@ private:
         if (rows == 0)
             return QStringLiteral("nothing to close midway");
         const int row = static_cast<int>(m_dice.roll(static_cast<quint32>(rows)));
-        m_formsInStep.clear(); // a type may be changed
+        expectNoTimes(formsAround(user.effect())); // a type may be changed
         QTimer::singleShot(0, qApp, [this, form] {
             closingsMidway +=
                 QApplication::activeModalWidget() || QApplication::activePopupWidget();
@@ -409,8 +418,29 @@ private:
                 || std::find(m_knownForms.begin(), m_knownForms.end(), form) != m_knownForms.end())
                 continue;
             m_knownForms.emplace_back(form);
-            m_formsInStep.clear();
+            expectNoTimes(formsAround(*effect));
         }
+    }
+
+    // The open forms of an effect and of what it is in; null where there is none.
+    std::vector<MetaWidget *> formsAround(const Effect &effect) const
+    {
+        std::vector<MetaWidget *> forms;
+        for (const OpenMetaEffect *other : metaEffects()) {
+            const EffectList children = other->getEffects();
+            if (other == &effect
+                || std::find(children.begin(), children.end(), &effect) != children.end())
+                forms.push_back(formOf(*other));
+        }
+        return forms;
+    }
+
+    // Until the next pass.
+    void expectNoTimes(const std::vector<MetaWidget *> &forms)
+    {
+        std::erase_if(m_formsInStep, [&forms](const QPointer<MetaWidget> &form) {
+            return std::find(forms.begin(), forms.end(), form) != forms.end();
+        });
     }
 
     // Empty where the children's times are as by their rules, or were not before: the times stay as
@@ -432,13 +462,20 @@ private:
             m_formsInStep.erase(place);
         else if (!isLoop && stale.isEmpty() && !wasInStep)
             m_formsInStep.emplace_back(&user.form());
-        return wasInStep && !isLoop ? stale : QString();
+        if (!wasInStep || isLoop)
+            return {};
+        ++checkedTimes;
+        return stale;
     }
 
     // Empty when those of its children run that should, as far as the effect itself does.
     QString playComplaint(const OpenMetaEffect &effect)
     {
-        if (m_playback.state() != rehearsal::Playback::State::Playing || !runs(effect))
+        if (m_playback.state() != rehearsal::Playback::State::Playing)
+            return {};
+        if (effect.level() == 0 && !effect.getState())
+            return QStringLiteral("it does not run");
+        if (!runs(effect))
             return {};
         const auto now = static_cast<quint32>(effect.getTotalElapsedTime());
         const EffectList children = effect.getEffects();
@@ -508,24 +545,31 @@ int edits(const QStringList &arguments)
         if (done.size() > toldActions)
             done.pop_front();
         complaint = show.complaint();
-        if (++count % actionsPerRoundTrip == 0 && complaint.isEmpty()) {
+        if ((++count % actionsPerRoundTrip == 0 || count == actions) && complaint.isEmpty())
             complaint = show.roundTripComplaint();
+        if (count % actionsPerQuestion == 0)
             asksBeforeTypeChange = true;
-        }
     }
+    const bool isAllMet = show.nestedForms > 0 && show.hostClosings > 0 && show.closingsMidway > 0
+                          && show.rebuildings > 0 && show.checkedTimes > 0
+                          && show.checkedChildren > 0;
+    if (complaint.isEmpty() && actions >= actionsPerRoundTrip && !isAllMet)
+        complaint = QStringLiteral("something never happened");
 
     int faults = 0;
     faults +=
         !soak::report(complaint.isEmpty(),
                       QStringLiteral("%1 actions of seed %2; %3 in nested editors, %4 editors "
                                      "closed by the host, %5 of them with a dialog or menu up, "
-                                     "%6 times undone or redone, %7 looks at a child's state%8")
+                                     "%6 times undone or redone; times compared with the rules %7 "
+                                     "times, the state of a child with the time %8 times%9")
                           .arg(count)
                           .arg(seed)
                           .arg(show.nestedForms)
                           .arg(show.hostClosings)
                           .arg(show.closingsMidway)
                           .arg(show.rebuildings)
+                          .arg(show.checkedTimes)
                           .arg(show.checkedChildren)
                           .arg(complaint.isEmpty() ? QString() : u'\n' + complaint)
                           .toStdString());

@@ -360,12 +360,17 @@ private:
         return found;
     }
 
-    bool holds(const std::string &name) const
+    // With sanitizers the times say nothing.
+    bool holds([[maybe_unused]] const std::string &name) const
     {
+#ifdef META_SANITIZED
+        return true;
+#else
         const double caches =
             std::clamp(exponent(m_sizes, timesOf(walk)) - 1.0, 0.0, mostForCaches);
         return name == walk || timesOf(name).back() < leastTime
                || exponent(m_sizes, timesOf(name)) <= highestExponent + caches;
+#endif
     }
 
     QString line(const std::string &name) const

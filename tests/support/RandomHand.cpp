@@ -173,9 +173,9 @@ QString RandomHand::create(const FormUser &user)
     QComboBox *types = user.form().m_effectComboBox;
     if (user.table().rowCount() >= m_habits.mostChildren)
         return QStringLiteral("enough children");
-    const QString wanted =
-        types->itemText(static_cast<int>(m_dice.roll(static_cast<quint32>(types->count()))));
-    QTest::keyClick(types, wanted.at(0).toLatin1());
+    QTest::keyClick(types, Qt::Key_Home);
+    for (quint32 steps = m_dice.roll(static_cast<quint32>(types->count())); steps > 0; --steps)
+        QTest::keyClick(types, Qt::Key_Down);
     const QString type = types->currentText();
     const auto press = [&user] {
         QTest::mouseClick(user.form().m_newEffectButton, Qt::LeftButton);
