@@ -20,6 +20,7 @@ function(meta_room target)
     target_include_directories(${target} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
     target_link_libraries(${target} PUBLIC ${ROOM_LINKS})
     meta_harden(${target})
+    meta_cover(${target})
     meta_tidy(${target} ${ROOM_SOURCES})
 endfunction()
 

@@ -38,14 +38,6 @@ bool UndoHistory::push(const QByteArray &text)
     return true;
 }
 
-void UndoHistory::amend(const QByteArray &text)
-{
-    if (!canUndo())
-        return;
-    withdraw();
-    push(text);
-}
-
 void UndoHistory::withdraw()
 {
     if (!canUndo())

@@ -20,9 +20,6 @@ public:
     /// A step to this text; what could be redone is dropped. The present text again is no step: then
     /// false, and nothing is dropped.
     bool push(const QByteArray &text);
-    /// Makes the last step lead to this text instead; to the text before it, and the step is gone.
-    /// What could be redone is dropped. Without a step, nothing happens.
-    void amend(const QByteArray &text);
     /// Undoes the last step and forgets it, and what could be redone.
     void withdraw();
 

@@ -1,5 +1,6 @@
 #include "EditorMemory.h"
 
+#include <QHash>
 #include <QHeaderView>
 #include <QScrollBar>
 #include <QSplitter>
@@ -38,19 +39,21 @@ int firstHiddenColumn(const QTableView &view)
     return -1;
 }
 
-QString identityOf(const QTableView &view, int row)
+/// What a row is known by again.
+/// @param column the view's first hidden one; less than 0 if it has none
+QString identityOf(const QTableView &view, int row, int column)
 {
-    const int column = firstHiddenColumn(view);
     return column < 0 ? QString::number(row) : view.model()->index(row, column).data().toString();
 }
 
-int rowOf(const QTableView &view, const QString &identity)
+/// Of several rows of one identity, the first.
+QHash<QString, int> rowsOf(const QTableView &view)
 {
-    for (int row = 0; row < view.model()->rowCount(); ++row) {
-        if (identityOf(view, row) == identity)
-            return row;
-    }
-    return -1;
+    const int column = firstHiddenColumn(view);
+    QHash<QString, int> rows;
+    for (int row = view.model()->rowCount() - 1; row >= 0; --row)
+        rows.insert(identityOf(view, row, column), row);
+    return rows;
 }
 
 /// The object names from the editor down to the widget.
@@ -105,11 +108,12 @@ void EditorMemory::restore(QWidget &editor) const
 EditorMemory::Table EditorMemory::read(const QTableView &view)
 {
     Table table;
+    const int hidden = firstHiddenColumn(view);
     const QList<QModelIndex> rows = view.selectionModel()->selectedRows();
     for (const QModelIndex &index : rows)
-        table.selected.push_back(identityOf(view, index.row()));
+        table.selected.push_back(identityOf(view, index.row(), hidden));
     if (const QModelIndex current = view.currentIndex(); current.isValid())
-        table.current = {identityOf(view, current.row()), current.column()};
+        table.current = {identityOf(view, current.row(), hidden), current.column()};
     const QHeaderView *header = view.horizontalHeader();
     if (header->isSortIndicatorShown())
         table.order = {header->sortIndicatorSection(), header->sortIndicatorOrder()};
@@ -138,16 +142,17 @@ void EditorMemory::show(const Table &table, QTableView &view)
             && !header->isSectionHidden(column))
             header->resizeSection(column, table.columnWidths[static_cast<std::size_t>(column)]);
     }
+    const QHash<QString, int> rows = rowsOf(view);
     QItemSelection selection;
     for (const QString &identity : table.selected) {
-        const int row = rowOf(view, identity);
+        const int row = rows.value(identity, -1);
         if (row >= 0)
             selection.append(
                 QItemSelectionRange(view.model()->index(row, 0),
                                     view.model()->index(row, view.model()->columnCount() - 1)));
     }
     if (table.current) {
-        const int row = rowOf(view, table.current->first);
+        const int row = rows.value(table.current->first, -1);
         if (row >= 0)
             view.selectionModel()->setCurrentIndex(view.model()->index(row, table.current->second),
                                                    QItemSelectionModel::NoUpdate);

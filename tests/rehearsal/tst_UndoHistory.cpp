@@ -23,13 +23,12 @@ public:
         m_texts.push_back(text);
         ++m_position;
     }
-    void amend(const QByteArray &text)
+    void withdraw()
     {
         if (!canUndo())
             return;
+        m_texts.resize(m_position);
         --m_position;
-        m_texts.resize(m_position + 1);
-        push(text);
     }
     void undo() { m_position -= canUndo() ? 1 : 0; }
     void redo() { m_position += canRedo() ? 1 : 0; }
@@ -70,8 +69,6 @@ private slots:
     void textsComeBackInOrder();
     void pushDropsWhatCouldBeRedone();
     void pushOfThePresentTextIsNoStep();
-    void amendReplacesTheLastStep();
-    void amendBackToTheTextBeforeRemovesTheStep();
     void withdrawForgetsTheLastStep();
     void atEitherEndNothingHappens();
     void resetForgetsEverything();
@@ -129,31 +126,6 @@ void tst_UndoHistory::pushOfThePresentTextIsNoStep()
     QVERIFY(history.canRedo());
 }
 
-void tst_UndoHistory::amendReplacesTheLastStep()
-{
-    UndoHistory history;
-    history.reset("one");
-    history.push("two");
-    history.push("thr");
-    history.amend("three");
-    QCOMPARE(history.current(), QByteArray("three"));
-    QCOMPARE(history.undoableSteps(), 2);
-    QCOMPARE(history.undo(), QByteArray("two"));
-    QCOMPARE(history.redo(), QByteArray("three"));
-}
-
-void tst_UndoHistory::amendBackToTheTextBeforeRemovesTheStep()
-{
-    UndoHistory history;
-    history.reset("one");
-    history.push("two");
-    history.push("three");
-    history.amend("two");
-    QCOMPARE(history.undoableSteps(), 1);
-    QVERIFY(!history.canRedo());
-    QCOMPARE(history.undo(), QByteArray("one"));
-}
-
 void tst_UndoHistory::withdrawForgetsTheLastStep()
 {
     UndoHistory history;
@@ -173,7 +145,6 @@ void tst_UndoHistory::atEitherEndNothingHappens()
     QCOMPARE(history.undo(), QByteArray("one"));
     QCOMPARE(history.redo(), QByteArray("one"));
     history.withdraw();
-    history.amend("two");
     QCOMPARE(history.current(), QByteArray("one"));
     QVERIFY(!history.canUndo());
 }
@@ -215,8 +186,8 @@ void tst_UndoHistory::behavesLikeAListOfWholeTexts()
             plain.push(text);
             break;
         case 2:
-            history.amend(text);
-            plain.amend(text);
+            history.withdraw();
+            plain.withdraw();
             break;
         case 3:
             history.redo();
