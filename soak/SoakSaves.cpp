@@ -352,9 +352,10 @@ int countLeft(const QString &folder, const QStringList &meant, qint64 *bytes, bo
 {
     static const QRegularExpression temporary(
         QStringLiteral("^a\\.show(\\.autosave)?(\\.lock)?\\.[A-Za-z0-9]{6}$"));
+    static const QRegularExpression putAside(QStringLiteral("^a\\.show\\.autosave\\.[1-9][0-9]*$"));
     int left = 0;
     for (const QString &name : namesIn(folder)) {
-        if (meant.contains(name))
+        if (meant.contains(name) || putAside.match(name).hasMatch())
             continue;
         ++left;
         *bytes += QFileInfo(folder + u'/' + name).size();

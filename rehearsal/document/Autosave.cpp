@@ -12,6 +12,8 @@
 #include <QUuid>
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 namespace rehearsal {
 
@@ -183,7 +185,8 @@ void Autosave::saveNow()
     }
 }
 
-// What is there before the document's own first autosave is what a dead program left.
+// What is there before the document's own first autosave is what a dead program left. It is there under
+// one name or the other at any moment.
 bool Autosave::putAside(FileFault *fault)
 {
     if (!m_writtenText.isNull() || !QFileInfo(m_autosaveFile).isFile())
@@ -191,7 +194,11 @@ bool Autosave::putAside(FileFault *fault)
     int number = 1;
     while (QFile::exists(m_autosaveFile + u'.' + QString::number(number)))
         ++number;
-    if (QFile::rename(m_autosaveFile, m_autosaveFile + u'.' + QString::number(number)))
+    const QString aside = m_autosaveFile + u'.' + QString::number(number);
+    std::error_code fails; // as links do on some disks
+    std::filesystem::create_hard_link(QFileInfo(m_autosaveFile).filesystemFilePath(),
+                                      QFileInfo(aside).filesystemFilePath(), fails);
+    if (!fails || QFile::copy(m_autosaveFile, aside))
         return true;
     *fault = {m_autosaveFile, 0, tr("what was left there cannot be kept under another name")};
     return false;
