@@ -166,7 +166,7 @@ void GroupViewGroup::updatePixmap()
         }
     }
     if (pixmap)
-        setData(0, Qt::DecorationRole, *pixmap);
+        GroupViewGroup::setData(0, Qt::DecorationRole, *pixmap); // also while it is constructed
 }
 
 QString GroupViewGroup::key(int column, bool /*ascending*/) const
