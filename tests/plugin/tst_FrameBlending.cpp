@@ -218,7 +218,7 @@ void tst_FrameBlending::priorityLentFollowsTheParents()
         QCOMPARE(child->text("priority"), QStringLiteral("5"));
     }
     child->with("priority", 6);
-    playing.frameAt(now += 10);
+    playing.frameAt(now + 10);
     QCOMPARE(child->text("priority"), QStringLiteral("6"));
 
     QCOMPARE(child->drawnPriorities, QStringList({"5", "15", "15", "25", "5", "0", "15", "16"}));
