@@ -149,6 +149,7 @@ void Autosave::release()
     tellWorking();
     m_lock.reset();
     m_autosaveFile.clear();
+    m_isPutAside = false;
     m_isUnavailable = false;
     m_hasFailed = false;
 }
@@ -189,7 +190,7 @@ void Autosave::saveNow()
 // one name or the other at any moment.
 bool Autosave::putAside(FileFault *fault)
 {
-    if (!m_writtenText.isNull() || !QFileInfo(m_autosaveFile).isFile())
+    if (m_isPutAside || !m_writtenText.isNull() || !QFileInfo(m_autosaveFile).isFile())
         return true;
     int number = 1;
     while (QFile::exists(m_autosaveFile + u'.' + QString::number(number)))
@@ -198,7 +199,8 @@ bool Autosave::putAside(FileFault *fault)
     std::error_code fails; // as links do on some disks
     std::filesystem::create_hard_link(QFileInfo(m_autosaveFile).filesystemFilePath(),
                                       QFileInfo(aside).filesystemFilePath(), fails);
-    if (!fails || QFile::copy(m_autosaveFile, aside))
+    m_isPutAside = !fails || QFile::copy(m_autosaveFile, aside);
+    if (m_isPutAside)
         return true;
     *fault = {m_autosaveFile, 0, tr("what was left there cannot be kept under another name")};
     return false;

@@ -99,6 +99,7 @@ private:
     QByteArray m_writtenText;          ///< null while no autosave of this document is on disk
     QString m_recoveredFile;           ///< the autosave that is being recovered
     bool m_isUnavailable = false;
+    bool m_isPutAside = false; ///< what was left at the place, so that it may be overwritten
     bool m_hasFailed = false;
     bool m_hasTold = false; ///< that it does not work
 };

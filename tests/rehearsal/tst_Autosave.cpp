@@ -4,6 +4,8 @@
 #include "ShowDocument.h"
 #include "ShowFile.h"
 
+#include <sys/resource.h>
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -15,6 +17,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <csignal>
 #include <cstdio>
 
 using namespace std::chrono_literals;
@@ -219,6 +222,7 @@ private slots:
     void untitledRecoveriesAreListedNewestFirst();
     void foreignRemainsAreNotTouchedWithoutAnEdit();
     void remainsAreKeptUnderAnotherName();
+    void remainsAreKeptOnceHoweverOftenWritingFails();
     void remainsThatAreOlderThanTheFileAreTold();
 
     void secondProgramHasNoAutosave();
@@ -648,6 +652,29 @@ void tst_Autosave::remainsAreKeptUnderAnotherName()
     program.autosave.close();
     QCOMPARE(numberIn(contentOf(folders.file)), 5);
     QCOMPARE(folders.besideTheShow(), onlyTheShow);
+}
+
+void tst_Autosave::remainsAreKeptOnceHoweverOftenWritingFails()
+{
+    const Folders folders;
+    leaveBehind(folders, QStringLiteral("5"));
+    Program program(folders, folders.file);
+    rlimit usual;
+    QCOMPARE(getrlimit(RLIMIT_FSIZE, &usual), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit tiny{10, usual.rlim_max};
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &tiny), 0);
+    for (const char *name : {"6", "7", "8"})
+        program.editAndSave(QString::fromLatin1(name));
+    setrlimit(RLIMIT_FSIZE, &usual);
+    std::signal(SIGXFSZ, handler);
+
+    QCOMPARE(program.failed.count(), 1);
+    QCOMPARE(numberIn(contentOf(folders.autosaveFile)), 5);
+    program.autosave.saveNow();
+    QCOMPARE(numberIn(contentOf(folders.autosaveFile)), 8);
+    QCOMPARE(numberIn(contentOf(folders.autosaveFile + QStringLiteral(".1"))), 5);
+    QVERIFY(!QFile::exists(folders.autosaveFile + QStringLiteral(".2")));
 }
 
 void tst_Autosave::remainsThatAreOlderThanTheFileAreTold()
