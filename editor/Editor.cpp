@@ -28,7 +28,7 @@ void Editor::build()
 {
     m_form.m_effectTable->hideColumn(EidColumn);
     fillTable();
-    m_form.m_effectComboBox->addItems(offeredTypes(m_context.effectLib));
+    m_form.m_effectComboBox->addItems(offeredTypes(hostTypes(m_context.effectLib)));
     m_table.setInitialWidths();
     connectForm(m_form, m_context.effect);
     fillMenu();
@@ -61,7 +61,7 @@ void Editor::refreshMetaWidget()
 {
     m_table.clear();
     fillTable();
-    m_form.m_effectComboBox->addItems(typesOfferedAnew(m_context.effectLib));
+    m_form.m_effectComboBox->addItems(typesOfferedAnew(hostTypes(m_context.effectLib)));
 }
 
 void Editor::select(Effect &child)

@@ -62,7 +62,7 @@ void EffectTable::appendChildren()
     const EffectList children = m_context.roster.children();
     int row = m_table.rowCount();
     m_table.setNumRows(row + children.count());
-    const QStringList types = offeredTypes(m_context.effectLib);
+    const QStringList types = offeredTypes(hostTypes(m_context.effectLib));
     const TableWidget::Gathering gathering(m_table);
     for (int index = children.count() - 1; index >= 0; --index)
         fillRow(*children.at(index), row++, types);
@@ -94,7 +94,7 @@ void EffectTable::selectOnly(const Effect &child)
 void EffectTable::addToWidget(Effect *child, int row)
 {
     if (child)
-        fillRow(*child, row, offeredTypes(m_context.effectLib));
+        fillRow(*child, row, offeredTypes(hostTypes(m_context.effectLib)));
 }
 
 void EffectTable::fillRow(Effect &child, int row, const QStringList &types)
@@ -185,8 +185,7 @@ void EffectTable::resizeTable()
 
 void EffectTable::handleHeaderClicked(int column)
 {
-    m_sortAscending = !m_sortAscending;
-    m_table.sortColumn(column, m_sortAscending);
+    m_table.sortColumn(column, m_context.roster.turnSortOrder());
 }
 
 EffectList EffectTable::selectedChildren() const

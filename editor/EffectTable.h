@@ -42,7 +42,8 @@ public:
     void setInitialWidths();
     /// Fits the columns to their contents, the hidden one apart.
     void resizeTable();
-    /// Sorts by the column, ascending at the first call and then in turns, whatever the column.
+    /// Sorts by the column: ascending the first time that the meta effect's table is sorted, then in
+    /// turns, whatever the column and whichever editor shows the table.
     void handleHeaderClicked(int column);
     /// The children of the selected rows, in row order.
     EffectList selectedChildren() const;
@@ -74,7 +75,6 @@ private:
 
     TableWidget &m_table;
     const EditorContext &m_context;
-    bool m_sortAscending = false;
     bool m_areRowsKnown = false; ///< else m_rows and m_rowByEid are out of date
     bool m_isRefreshing = false;
     std::vector<Row> m_rows;

@@ -6,10 +6,15 @@
 
 namespace meta {
 
-/// The effect types that the choosers offer, sorted.
-inline QStringList offeredTypes(const EffectLib *effectLib)
+/// All effect types of the host, in its order. Null has none.
+inline QStringList hostTypes(const EffectLib *effectLib)
 {
-    QStringList types = effectLib ? effectLib->getEffectNames() : QStringList();
+    return effectLib ? effectLib->getEffectNames() : QStringList();
+}
+
+/// The effect types that the choosers offer, of all that the host has: sorted.
+inline QStringList offeredTypes(QStringList types)
+{
     for (const char *hidden : {"Meta Effect", "Selection", "White Fade", "Text"})
         types.removeAll(QLatin1String(hidden));
     types.sort();
@@ -18,9 +23,8 @@ inline QStringList offeredTypes(const EffectLib *effectLib)
 
 /// What the chooser of new effects takes in besides whenever the table is rebuilt: in the host's
 /// order, "White Fade" and "Text" included.
-inline QStringList typesOfferedAnew(const EffectLib *effectLib)
+inline QStringList typesOfferedAnew(QStringList types)
 {
-    QStringList types = effectLib ? effectLib->getEffectNames() : QStringList();
     for (const char *hidden : {"Meta Effect", "Selection"})
         types.removeAll(QLatin1String(hidden));
     return types;

@@ -11,6 +11,7 @@
 #include <QPainter>
 #include <QPointer>
 #include <QTableWidget>
+#include <QTextDocument>
 #include <QToolTip>
 
 namespace meta {
@@ -161,7 +162,8 @@ bool TableDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view,
 {
     if (event->type() != QEvent::ToolTip || sizeHint(option, index).width() <= option.rect.width())
         return QStyledItemDelegate::helpEvent(event, view, option, index);
-    QToolTip::showText(event->globalPos(), index.data().toString(), view);
+    // never taken for markup
+    QToolTip::showText(event->globalPos(), Qt::convertFromPlainText(index.data().toString()), view);
     return true;
 }
 

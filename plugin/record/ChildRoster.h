@@ -13,8 +13,8 @@ namespace meta {
 /// passes, the memory of the link test; each empties it before it starts.
 using ChildrenByEid = QHash<quint32, Effect *>;
 
-/// The children of one meta effect, which of them are selected or offered as link targets, and the
-/// numbers for the next one.
+/// The children of one meta effect, which of them are selected or offered as link targets, which way
+/// the editor lists them, and the numbers for the next one.
 /// The children are owned from the roster's destruction on: it deletes them.
 class ChildRoster
 {
@@ -30,6 +30,14 @@ public:
     /// item i.
     EffectList &startLinkCandidates() { return m_startLinkCandidates; }
     EffectList &endLinkCandidates() { return m_endLinkCandidates; }
+
+    /// Turns the way in which the editor sorts, whichever editor that is.
+    /// @return whether it is ascending now, as it is after the first turn
+    bool turnSortOrder()
+    {
+        m_isSortAscending = !m_isSortAscending;
+        return m_isSortAscending;
+    }
 
     /// Takes the child in at its place.
     void insert(Effect *child) { m_children.inSort(child); }
@@ -53,6 +61,7 @@ private:
     EffectList m_selection;
     EffectList m_startLinkCandidates;
     EffectList m_endLinkCandidates;
+    bool m_isSortAscending = false;
     quint32 m_nextEid = 0;
     quint32 m_nextNameNumber = 1;
 };

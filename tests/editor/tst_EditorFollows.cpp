@@ -3,6 +3,7 @@
 #include "EditorStage.h"
 #include "EffectColumns.h"
 #include "EffectPictures.h"
+#include "EndSignals.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -235,13 +236,13 @@ void tst_EditorFollows::pastedChildrenAreTimedAndAnnounced()
     other.with("name", QStringLiteral("Long")).with("startfixedtime", 2000);
     other.with("endfixedtime", 7000);
     QString text = entryOf(other);
-    const QSignalSpy ends(&stage.effect, &MetaEffect::endTimeChanged);
+    const EndSignals signalled(stage.effect);
 
     stage.effect.pasteEffect(text);
 
     QCOMPARE(stage.row(3).mid(StartColumn, 2), QStringList({"2", "9"}));
     QCOMPARE(stage.effect.text("end"), QStringLiteral("9000"));
-    QCOMPARE(ends.last().first().toULongLong(), 9000u);
+    QCOMPARE(signalled.noted, QStringList({"end 9000", "cycle 9000"}));
     checkAll(stage);
 }
 
@@ -255,10 +256,12 @@ void tst_EditorFollows::pastedChildIsTimedThoughThePanelStaysAsItIs()
     StubEffect other(&stage.map, 8);
     other.with("startfixedtime", 1000).with("endfixedtime", 1000).with("end", 99000);
     QString text = entryOf(other);
+    const EndSignals signalled(stage.effect);
 
     stage.effect.pasteEffect(text);
 
     QCOMPARE(stage.row(3).mid(StartColumn, 2), QStringList({"1", "2"}));
+    QCOMPARE(signalled.noted, QStringList({"end 99000", "cycle 99000", "end 5000", "cycle 5000"}));
     checkAll(stage);
 }
 

@@ -2,6 +2,7 @@
 #include "EffectColumns.h"
 #include "EndSignals.h"
 #include "LogCapture.h"
+#include "OfferedTypes.h"
 #include "TablePictures.h"
 
 #include <QRegularExpression>
@@ -24,6 +25,8 @@ private slots:
     void withoutChildrenTheTableIsEmptyAndTheTypesAreOffered();
     void childrenAreShownInReverseListOrder();
     void onlyTheEidColumnIsHidden();
+    void typesAreOfferedSorted();
+    void typesOfferedAnewKeepTheirOrder();
     void buildingResetsTheBeginAndClearsTheDirtyFlag();
     void buildingAnnouncesTheOwnEndAsItsWorkGoesOn_data();
     void buildingAnnouncesTheOwnEndAsItsWorkGoesOn();
@@ -267,6 +270,21 @@ void tst_EffectTable::nothingHappensWithoutAnEditor()
     QCOMPARE(stage.effect.text("end"), QStringLiteral("50"));
     QVERIFY(stage.effect.ownDirty());
     QVERIFY(!stage.effect.editorWidget());
+}
+
+// Neither the host's order nor a type that it tells twice changes that.
+void tst_EffectTable::typesAreOfferedSorted()
+{
+    QCOMPARE(meta::offeredTypes({"Wave", "Text", "Stub", "Meta Effect", "White Fade", "Selection",
+                                 "Chase", "Text", "Meta Effect"}),
+             QStringList({"Chase", "Stub", "Wave"}));
+}
+
+void tst_EffectTable::typesOfferedAnewKeepTheirOrder()
+{
+    QCOMPARE(meta::typesOfferedAnew({"Wave", "Text", "Meta Effect", "Stub", "White Fade",
+                                     "Selection", "Chase", "Selection"}),
+             QStringList({"Wave", "Text", "Stub", "White Fade", "Chase"}));
 }
 
 // --- Rebuilding ---

@@ -10,9 +10,37 @@
 #include <QRegularExpression>
 #include <QVBoxLayout>
 
+#include <functional>
 #include <optional>
+#include <utility>
 
 using enum meta::EffectColumn;
+
+namespace {
+
+/// Calls back at each event of a type that a widget gets.
+class EventWatch : public QObject
+{
+public:
+    EventWatch(QWidget &widget, QEvent::Type type, std::function<void()> seen)
+        : m_type(type), m_seen(std::move(seen))
+    {
+        widget.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == m_type)
+            m_seen();
+        return false;
+    }
+
+private:
+    QEvent::Type m_type;
+    std::function<void()> m_seen;
+};
+
+} // namespace
 
 class tst_EffectTableParameters : public QObject
 {
@@ -26,6 +54,8 @@ private slots:
     void oneSelectedChildIsShown();
     void parametersAreTitledAfterTheChild_data();
     void parametersAreTitledAfterTheChild();
+    void childIsShownStepByStep();
+    void widgetsAreBlankedStepByStep();
     void twoRowsEmptyTheSelectionAndDisableThePanels();
     void noRowDisablesThePanels();
     void blankingWritesNothingIntoTheChildren_data();
@@ -96,6 +126,75 @@ void tst_EffectTableParameters::parametersAreTitledAfterTheChild()
     stage.children[2]->with("name", name);
     stage.selectEid(2);
     QTEST(stage.title(), "title");
+}
+
+void tst_EffectTableParameters::childIsShownStepByStep()
+{
+    OpenStage stage;
+    WidgetStub &child = *stage.children[2];
+    child.with("startfixedtime", 3000).with("endfixedtime", 7000);
+    stage.selectEid(3);
+    const MetaWidget &form = stage.form();
+    const int requests = child.widgetRequests;
+    QStringList steps;
+    const auto note = [&](const QString &step) {
+        const bool isAsked = child.widgetRequests > requests;
+        const bool isShown = isAsked && stage.shownParameters().contains(child.parameterWidget());
+        steps.append(step
+                     + (isShown   ? " shown"
+                        : isAsked ? " asked"
+                                  : "")
+                     + ", " + stage.title()
+                     + (form.m_startButtonGroup->isEnabled() ? ", start" : "")
+                     + (form.m_endButtonGroup->isEnabled() ? ", end" : ""));
+    };
+    form.m_startButtonGroup->setEnabled(false);
+    form.m_endButtonGroup->setEnabled(false);
+    const EventWatch hidden(*stage.children[3]->parameterWidget(), QEvent::Hide,
+                            [&] { note("former hidden"); });
+    connect(form.m_startFixedLineEdit, &QLineEdit::textChanged, this,
+            [&] { note("start filled"); });
+    connect(form.m_endFixedLineEdit, &QLineEdit::textChanged, this, [&] { note("end filled"); });
+
+    // One change of the selection; a click would empty it first.
+    meta::TableWidget &table = stage.table();
+    table.selectionModel()->select(table.model()->index(stage.rowOf(2), 0),
+                                   QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+
+    QCOMPARE(steps, QStringList({"former hidden, Child 3 Parameters",
+                                 "start filled shown, Child 2 Parameters",
+                                 "end filled shown, Child 2 Parameters, start"}));
+}
+
+void tst_EffectTableParameters::widgetsAreBlankedStepByStep()
+{
+    OpenStage stage;
+    stage.selectEid(2);
+    const MetaWidget &form = stage.form();
+    QStringList steps;
+    const auto note = [&](const QString &step) {
+        steps.append(step);
+        QCOMPARE(stage.title(), QStringLiteral("Child 2 Parameters"));
+    };
+    const EventWatch hidden(*stage.children[2]->parameterWidget(), QEvent::Hide,
+                            [&] { note("parameters"); });
+    const EventWatch start(*form.m_startButtonGroup, QEvent::EnabledChange, [&] { note("start"); });
+    const EventWatch end(*form.m_endButtonGroup, QEvent::EnabledChange, [&] { note("end"); });
+    for (QLineEdit *field : {form.m_startFixedLineEdit, form.m_startLinkOffsetLineEdit,
+                             form.m_endFixedLineEdit, form.m_endLinkOffsetLineEdit})
+        connect(field, &QLineEdit::textChanged, this, [=] { note(field->objectName()); });
+    for (QComboBox *chooser : {form.m_startLinkEffectComboBox, form.m_endLinkEffectComboBox})
+        connect(chooser, &QComboBox::currentIndexChanged, this,
+                [=] { note(chooser->objectName()); });
+    connect(form.m_endCyclesSpinBox, &QSpinBox::valueChanged, this, [=] { note("cycles"); });
+
+    stage.table().clearSelection();
+
+    QCOMPARE(steps, QStringList({"parameters", "start", "m_startFixedLineEdit",
+                                 "m_startLinkEffectComboBox", "m_startLinkOffsetLineEdit", "end",
+                                 "m_endFixedLineEdit", "m_endLinkEffectComboBox",
+                                 "m_endLinkOffsetLineEdit", "cycles"}));
+    QCOMPARE(stage.title(), QStringLiteral("Effect Parameters"));
 }
 
 void tst_EffectTableParameters::twoRowsEmptyTheSelectionAndDisableThePanels()

@@ -43,6 +43,7 @@ private slots:
     // Sorting
     void firstClickSortsAscendingByNumberAndTheNextOneDescendingByAnyColumn();
     void everyClickTurnsTheDirection();
+    void directionOutlivesTheEditor();
     void columnsSortByTheirKind_data();
     void columnsSortByTheirKind();
     void wholeRowsMoveWithTheirPictures();
@@ -232,6 +233,22 @@ void tst_EffectTableRows::everyClickTurnsTheDirection()
     stage.effect.refreshMetaWidget();
     stage.clickHeader(PriorityColumn);
     QCOMPARE(stage.column(PriorityColumn), down);
+}
+
+// The direction belongs to the meta effect, not to one of its editors.
+void tst_EffectTableRows::directionOutlivesTheEditor()
+{
+    EditorStage stage;
+    stage.add(1)->with("priority", 10);
+    stage.add(2)->with("priority", 100);
+    stage.open();
+    stage.clickHeader(PriorityColumn);
+    QCOMPARE(stage.column(PriorityColumn), QStringList({"10", "100"}));
+
+    delete &stage.form();
+    stage.open();
+    stage.clickHeader(PriorityColumn);
+    QCOMPARE(stage.column(PriorityColumn), QStringList({"100", "10"}));
 }
 
 void tst_EffectTableRows::columnsSortByTheirKind_data()

@@ -103,6 +103,7 @@ private slots:
     void tableDoesNotSortItself();
 
     // Rules
+    void linkSidesStandWithoutAFrame();
     void freshRulesAreDisabledFixedAndLinkedToTheStart();
     void rulesExcludeOneAnother_data();
     void rulesExcludeOneAnother();
@@ -438,6 +439,22 @@ void tst_MetaWidget::tableDoesNotSortItself()
 }
 
 // --- Rules ---
+
+void tst_MetaWidget::linkSidesStandWithoutAFrame()
+{
+    const MetaWidget form;
+    for (QGroupBox *box : {form.m_startLinkButtonGroup, form.m_endLinkButtonGroup}) {
+        for (QRadioButton *button : box->findChildren<QRadioButton *>())
+            button->hide();
+        QImage image(60, 30, QImage::Format_RGB32);
+        image.fill(Qt::white);
+        box->resize(image.size());
+        box->render(&image, {}, {}, QWidget::DrawChildren);
+        QImage blank(image.size(), image.format());
+        blank.fill(Qt::white);
+        QCOMPARE(image, blank);
+    }
+}
 
 void tst_MetaWidget::freshRulesAreDisabledFixedAndLinkedToTheStart()
 {

@@ -1,5 +1,6 @@
 #include "TableScene.h"
 
+#include <QPainter>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
@@ -41,6 +42,8 @@ private slots:
     void setItemDeletesTheOneBefore();
     void tableDeletesItsItems();
     void pictureIsKeptAsItIs();
+    void numbersStandAtTheRightAndOtherTextAtTheLeft_data();
+    void numbersStandAtTheRightAndOtherTextAtTheLeft();
     void settersAndSortingEmitNothing();
     void gatheringAnnouncesTheTouchedCellsOnce();
     void emptyGatheringAnnouncesNothing();
@@ -171,6 +174,50 @@ void tst_TableWidgetCells::pictureIsKeptAsItIs()
     scene.table.setPixmap(1, Name, {});
     QVERIFY(scene.table.pixmap(1, Name).isNull());
     QVERIFY(!scene.table.item(1, Name)->data(Qt::DecorationRole).isValid());
+}
+
+void tst_TableWidgetCells::numbersStandAtTheRightAndOtherTextAtTheLeft_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("isAtTheRight");
+    QTest::newRow("number") << "7" << true;
+    QTest::newRow("fraction") << "-1.5" << true;
+    QTest::newRow("exponent") << "1e+06" << true;
+    QTest::newRow("name") << "Z" << false;
+    QTest::newRow("number and more") << "7 Z" << false;
+}
+
+// Seen by where the ink is.
+void tst_TableWidgetCells::numbersStandAtTheRightAndOtherTextAtTheLeft()
+{
+    QFETCH(QString, text);
+    TableWidget table;
+    table.setColumnCount(1);
+    table.setNumRows(1);
+    table.setText(0, 0, text);
+    const QModelIndex index = table.model()->index(0, 0);
+    QImage image(300, 20, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    {
+        QPainter painter(&image);
+        QStyleOptionViewItem option;
+        option.initFrom(&table);
+        option.state = QStyle::State_Enabled;
+        option.palette.setColor(QPalette::Text, Qt::black);
+        option.rect = image.rect();
+        table.itemDelegateForIndex(index)->paint(&painter, option, index);
+    }
+    const auto hasInk = [&image](int left, int right) {
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = left; x < right; ++x) {
+                if (qGray(image.pixel(x, y)) < 128)
+                    return true;
+            }
+        }
+        return false;
+    };
+    QTEST(hasInk(150, 300), "isAtTheRight");
+    QCOMPARE(hasInk(0, 150), !hasInk(150, 300));
 }
 
 void tst_TableWidgetCells::settersAndSortingEmitNothing()
