@@ -58,6 +58,6 @@ int main(int argc, char **argv)
     }
     std::fprintf(stderr, "usage: metaeffect_soak COMMAND [ARGUMENTS]\n");
     for (const soak::Command &command : soak::Command::all())
-        std::fprintf(stderr, "  %s %s\n", command.name.c_str(), command.usage.c_str());
+        std::fprintf(stderr, "  %-6s %s\n", command.name.c_str(), command.usage.c_str());
     return 2;
 }

@@ -492,7 +492,7 @@ int days(const QStringList &arguments)
 }
 
 const soak::Command
-    command("days", "[DAYS=7] [MINUTES=0]   shows loop for days: memory, midnights, drift, texts",
-            days);
+    command("days",
+            "[DAYS=7] [MINUTES=0]      shows loop for days: memory, midnights, drift, texts", days);
 
 } // namespace

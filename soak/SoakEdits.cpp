@@ -580,7 +580,7 @@ int edits(const QStringList &arguments)
     return faults;
 }
 
-const soak::Command command("edits", "[ACTIONS=100000] [SEED=1]  random edits while playing",
+const soak::Command command("edits", "[ACTIONS=100000] [SEED=1] a playing show is edited at random",
                             edits);
 
 } // namespace

@@ -260,7 +260,7 @@ int frames(const QStringList &arguments)
     return faults;
 }
 
-const soak::Command command("frames", "[SECONDS=600]          frame times while the show is edited",
-                            frames);
+const soak::Command
+    command("frames", "[SECONDS=600]             frame times while the show is edited", frames);
 
 } // namespace

@@ -482,7 +482,7 @@ int run(const QStringList &arguments)
     return countFaults() + countKills(soak::numberAt(arguments, 0, 1000));
 }
 
-const soak::Command command("saves", "[KILLS=1000]: shows survive faults while they are saved",
-                            run);
+const soak::Command
+    command("saves", "[KILLS=1000]              shows survive faults while they are saved", run);
 
 } // namespace

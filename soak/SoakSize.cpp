@@ -413,6 +413,6 @@ int size(const QStringList &arguments)
 }
 
 const soak::Command
-    command("size", "[PERCENT=100]          large shows: no time grows with the square", size);
+    command("size", "[PERCENT=100]             large shows: no time grows with the square", size);
 
 } // namespace
