@@ -9,7 +9,7 @@ namespace {
 #ifdef META_SANITIZED
 constexpr int users = 10;
 #else
-constexpr int users = 50;
+constexpr int users = 100;
 #endif
 constexpr int actionsOfAUser = 200;
 
