@@ -40,6 +40,8 @@ void GroupListView::mouseDoubleClickEvent(QMouseEvent *event)
         mousePressEvent(event);
         return;
     }
+    if (event->button() != Qt::LeftButton)
+        return;
     QTreeWidget::mouseDoubleClickEvent(event);
     m_awaitsRelease = false;
     if (item)

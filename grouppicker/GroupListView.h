@@ -7,7 +7,8 @@ namespace meta {
 
 /// A flat list that tells of clicks with any mouse button, also of those that hit no item.
 ///
-/// A double click is told as clicked() and then doubleClicked(); its second release is silent.
+/// A double click is told as clicked() and then, with the left button, doubleClicked(); its second
+/// release is silent.
 class GroupListView : public QTreeWidget
 {
     Q_OBJECT
@@ -18,7 +19,7 @@ public:
 signals:
     /// A button went down and up over `item`; null is the empty area.
     void clicked(QTreeWidgetItem *item);
-    /// A button went down on `item` for the second time; never null.
+    /// The left button went down on `item` for the second time; never null.
     void doubleClicked(QTreeWidgetItem *item);
 
 protected:

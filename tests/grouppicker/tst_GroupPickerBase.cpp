@@ -453,15 +453,20 @@ void tst_GroupPickerBase::releaseOverAnItemThatReplacesThePressedOneIsNoClick()
 
 void tst_GroupPickerBase::doubleClickIsToldOnceAsClickAndOnceAsDoubleClick_data()
 {
-    listTellsOfClicksWithEveryButton_data();
+    QTest::addColumn<int>("button");
+    QTest::addColumn<QString>("notes");
+    QTest::newRow("left") << int(Qt::LeftButton) << "clicked Two, doubleClicked Two";
+    QTest::newRow("right") << int(Qt::RightButton) << "clicked Two";
+    QTest::newRow("middle") << int(Qt::MiddleButton) << "clicked Two";
 }
 
 void tst_GroupPickerBase::doubleClickIsToldOnceAsClickAndOnceAsDoubleClick()
 {
     QFETCH(int, button);
+    QFETCH(QString, notes);
     ShownForm form;
     form.doubleClick(onRow(form, 1), static_cast<Qt::MouseButton>(button));
-    QCOMPARE(form.takeNotes(), QStringLiteral("clicked Two, doubleClicked Two"));
+    QCOMPARE(form.takeNotes(), notes);
     form.click(onRow(form, 1), static_cast<Qt::MouseButton>(button));
     QCOMPARE(form.takeNotes(), QStringLiteral("clicked Two"));
 }

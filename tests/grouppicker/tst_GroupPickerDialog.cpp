@@ -164,6 +164,7 @@ private slots:
     void clickWritesTheTextOfTheGidColumnAsItStands();
     void doubleClickWritesAndAccepts();
     void doubleClickedWritesWhatNoClickWrote();
+    void doubleClickedWritesBeforeTheDialogIsAccepted();
     void doubleClickOnNothingKeepsTheDialogOpen();
     void doubleClickedWithoutAnItemAcceptsAndWritesNothing();
 
@@ -476,6 +477,20 @@ void tst_GroupPickerDialog::doubleClickedWritesWhatNoClickWrote()
     dialog.handleDoubleClicked(dialog.m_groupListView->topLevelItem(1));
     QCOMPARE(stage.effect.changes, QStringList({"gid=31"}));
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
+}
+
+void tst_GroupPickerDialog::doubleClickedWritesBeforeTheDialogIsAccepted()
+{
+    Stage stage;
+    Picker picker(stage);
+    QStringList steps;
+    stage.effect.whenChanged = [&] {
+        steps.append(picker.isVisible() ? QStringLiteral("written while shown")
+                                        : QStringLiteral("written while hidden"));
+    };
+    connect(&picker, &QDialog::accepted, this, [&] { steps.append(QStringLiteral("accepted")); });
+    picker.handleDoubleClicked(picker.m_groupListView->topLevelItem(1));
+    QCOMPARE(steps, QStringList({"written while shown", "accepted"}));
 }
 
 void tst_GroupPickerDialog::doubleClickOnNothingKeepsTheDialogOpen()
