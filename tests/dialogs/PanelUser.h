@@ -26,6 +26,8 @@ public:
     PanelUser &release(const QString &key);
     PanelUser &look(const std::function<void()> &look);
 
+    /// Of the panel that is up.
+    static QString title();
     /// Of the panel that is up, in no particular order.
     static QStringList texts();
     static QStringList buttons();
@@ -41,6 +43,9 @@ public:
         QStringList allowedFileTypes;
     };
     static OpenPanelState openPanel();
+    /// What the file panel that is up shows: the types that can be chosen, and the folder.
+    static QStringList allowedFileTypes();
+    static QString folder();
 
     /// The folder that the panels show when they come up.
     static void setFolder(const QString &path);

@@ -212,6 +212,9 @@ bool PanelUser::Data::isReady()
 {
     if (isTrackingMouse())
         return true;
+    // It may have lost the keyboard when the panel before this one went away.
+    if (![NSApp isActive])
+        [NSApp activateIgnoringOtherApps:YES];
     const QString title = QStringLiteral("^%1$").arg(text([panel() title]));
     return xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
                     QStringLiteral("--name"), title, QStringLiteral("windowfocus")});
@@ -356,6 +359,11 @@ PanelUser &PanelUser::look(const std::function<void()> &look)
     });
 }
 
+QString PanelUser::title()
+{
+    return text([panel() title]);
+}
+
 QStringList PanelUser::texts()
 {
     QStringList result;
@@ -391,6 +399,16 @@ PanelUser::OpenPanelState PanelUser::openPanel()
     return {static_cast<bool>([open canChooseFiles]),
             static_cast<bool>([open canChooseDirectories]),
             static_cast<bool>([open allowsMultipleSelection]), presetTypes, allowedTypes(open)};
+}
+
+QStringList PanelUser::allowedFileTypes()
+{
+    return allowedTypes(static_cast<NSSavePanel *>(panel()));
+}
+
+QString PanelUser::folder()
+{
+    return text([static_cast<NSSavePanel *>(panel()) directory]);
 }
 
 void PanelUser::setFolder(const QString &path)

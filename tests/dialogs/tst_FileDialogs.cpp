@@ -13,6 +13,7 @@
 
 #include <functional>
 #include <memory>
+#include <type_traits>
 
 namespace {
 
@@ -20,6 +21,9 @@ const QString caption = QStringLiteral("A caption");
 const QString textFilter = QStringLiteral("Texts (*.txt)");
 const QString tableFilter = QStringLiteral("Tables (*.csv)");
 const QString filters = textFilter + QStringLiteral(";;") + tableFilter;
+
+static_assert(std::has_virtual_destructor_v<FileDialogs>);
+static_assert(sizeof(FileDialogs) == sizeof(void *)); // that of its virtual functions
 
 using BoxUser = DialogUser<QMessageBox>;
 using FileUser = DialogUser<QFileDialog>;
@@ -113,6 +117,8 @@ private slots:
 
     void fileDialogShowsWhatItIsGiven_data();
     void fileDialogShowsWhatItIsGiven();
+    void filtersMayBeLines_data();
+    void filtersMayBeLines();
     void cancelledFileDialogReturnsNothing_data();
     void cancelledFileDialogReturnsNothing();
     void onlyFoldersAreShownOnRequest_data();
@@ -205,6 +211,37 @@ void tst_FileDialogs::fileDialogShowsWhatItIsGiven()
             QCOMPARE(given->filter, tableFilter);
         }
     }
+}
+
+void tst_FileDialogs::filtersMayBeLines_data()
+{
+    using Show = std::function<void(const QString &filter)>;
+    QTest::addColumn<Show>("show");
+
+    QTest::newRow("one file") << Show([](const QString &filter) {
+        FileDialogs::getOpenFileName({}, filter, nullptr, {}, {}, {}, nullptr, true);
+    });
+    QTest::newRow("several files") << Show([](const QString &filter) {
+        FileDialogs::getOpenFileNames({}, filter, nullptr, {}, {}, {}, nullptr, true);
+    });
+    QTest::newRow("file to save") << Show([](const QString &filter) {
+        FileDialogs::getSaveFileName({}, filter, nullptr, {}, {}, nullptr, true);
+    });
+}
+
+void tst_FileDialogs::filtersMayBeLines()
+{
+    QFETCH(std::function<void(const QString &)>, show);
+    QStringList shown;
+    const FileUser user([&shown](QFileDialog &dialog) {
+        shown = dialog.nameFilters();
+        press(dialog, Qt::Key_Escape);
+    });
+
+    show(textFilter + u'\n' + tableFilter);
+
+    QVERIFY(user.isDone());
+    QCOMPARE(shown, QStringList({textFilter, tableFilter}));
 }
 
 void tst_FileDialogs::cancelledFileDialogReturnsNothing_data()

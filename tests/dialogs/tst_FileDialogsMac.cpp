@@ -1,3 +1,4 @@
+#include "DialogUser.h"
 #include "FileDialogs.h"
 #include "FileDialogsMac.h"
 #include "PanelUser.h"
@@ -6,13 +7,16 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileDialog>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
+#include <functional>
 #include <limits>
 #include <memory>
 
@@ -35,24 +39,65 @@ int warn(const QString &text, int defaultButton = 0, int escapeButton = 2)
                                 defaultButton, escapeButton);
 }
 
-QString openFile(const QString &types = QStringLiteral("txt csv"))
+/// What the system's own panels do not heed.
+struct Unheeded
 {
-    return FileDialogs::getOpenFileName({}, {}, nullptr, {}, {}, types, nullptr, true);
+    QString startWith;
+    QString filter;
+    QWidget *parent = nullptr;
+    QString name;
+    QString caption;
+    bool dirOnly = true;
+    QString *selectedFilter = nullptr;
+    bool resolveSymlinks = true;
+};
+
+QString openFile(const QString &types = QStringLiteral("txt csv"), const Unheeded &given = {})
+{
+    return FileDialogs::getOpenFileName(given.startWith, given.filter, given.parent, given.name,
+                                        given.caption, types, given.selectedFilter,
+                                        given.resolveSymlinks);
 }
 
-QStringList openFiles(const QString &types = QStringLiteral("txt csv"))
+QStringList openFiles(const QString &types = QStringLiteral("txt csv"), const Unheeded &given = {})
 {
-    return FileDialogs::getOpenFileNames({}, {}, nullptr, {}, {}, types, nullptr, true);
+    return FileDialogs::getOpenFileNames(given.startWith, given.filter, given.parent, given.name,
+                                         given.caption, types, given.selectedFilter,
+                                         given.resolveSymlinks);
 }
 
-QString openDirectory()
+QString openDirectory(const Unheeded &given = {})
 {
-    return FileDialogs::getExistingDirectory({}, nullptr, {}, {}, true, true);
+    return FileDialogs::getExistingDirectory(given.startWith, given.parent, given.name,
+                                             given.caption, given.dirOnly, given.resolveSymlinks);
 }
 
-QString saveFile()
+QString saveFile(const Unheeded &given = {})
 {
-    return FileDialogs::getSaveFileName({}, {}, nullptr, {}, {}, nullptr, true);
+    return FileDialogs::getSaveFileName(given.startWith, given.filter, given.parent, given.name,
+                                        given.caption, given.selectedFilter, given.resolveSymlinks);
+}
+
+/// One of the four, with its answer left away.
+using FileDialog = std::function<void(const Unheeded &given)>;
+
+void addFileDialogs()
+{
+    QTest::addColumn<FileDialog>("show");
+
+    const QString types = QStringLiteral("txt");
+    QTest::newRow("one file") << FileDialog([=](const Unheeded &given) { openFile(types, given); });
+    QTest::newRow("several files")
+        << FileDialog([=](const Unheeded &given) { openFiles(types, given); });
+    QTest::newRow("directory") << FileDialog([](const Unheeded &given) { openDirectory(given); });
+    QTest::newRow("file to save") << FileDialog([](const Unheeded &given) { saveFile(given); });
+}
+
+/// All that can be seen of the file panel that is up.
+QStringList look()
+{
+    return QStringList{PanelUser::title(), PanelUser::folder()} + PanelUser::texts()
+           + PanelUser::buttons() + PanelUser::allowedFileTypes() + PanelUser::files();
 }
 
 } // namespace
@@ -63,18 +108,24 @@ class tst_FileDialogsMac : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void init();
 
     void systemIsAskedEveryTime();
     void warningIsPortableBeforeTenSeven();
     void warningIsNativeFromTenSevenOn_data();
     void warningIsNativeFromTenSevenOn();
+    void fileDialogIsPortableBeforeTenSeven_data();
+    void fileDialogIsPortableBeforeTenSeven();
 
     void alertReturnsTheIndexOfTheButton_data();
     void alertReturnsTheIndexOfTheButton();
     void endOfAnAlertStandsForAButton_data();
     void endOfAnAlertStandsForAButton();
+    void returnKeyPressesTheFirstButtonWhateverTheDefault_data();
     void returnKeyPressesTheFirstButtonWhateverTheDefault();
+    void escapeKeyIsTheFirstButtonWhateverTheEscapeButton_data();
+    void escapeKeyIsTheFirstButtonWhateverTheEscapeButton();
     void alertShowsCaptionTextAndButtons();
     void alertTextIsAFormat();
     void alertTextsAreEightBit();
@@ -86,6 +137,8 @@ private slots:
     void directoryIsChosen();
     void pathToSaveToIsTyped();
     void cancelledPanelsReturnNothing();
+    void panelsHeedTheTypesAlone_data();
+    void panelsHeedTheTypesAlone();
 
     void systemStringsAreConvertedWhole_data();
     void systemStringsAreConvertedWhole();
@@ -93,8 +146,14 @@ private slots:
 private:
     QString path(const QString &name) const { return m_folder->filePath(name); }
 
+    QTemporaryDir m_settings;
     std::unique_ptr<QTemporaryDir> m_folder;
 };
+
+void tst_FileDialogsMac::initTestCase()
+{
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_settings.path());
+}
 
 void tst_FileDialogsMac::init()
 {
@@ -165,6 +224,23 @@ void tst_FileDialogsMac::warningIsNativeFromTenSevenOn()
     QVERIFY(user.isDone());
 }
 
+void tst_FileDialogsMac::fileDialogIsPortableBeforeTenSeven_data()
+{
+    addFileDialogs();
+}
+
+void tst_FileDialogsMac::fileDialogIsPortableBeforeTenSeven()
+{
+    QFETCH(FileDialog, show);
+    setSystem(0x1068, 10, 6);
+    const PanelUser nobody; // who has the system's own panel ended
+    const DialogUser<QFileDialog> user([](QFileDialog &dialog) { press(dialog, Qt::Key_Escape); });
+
+    show({});
+    QCOMPARE(nobody.fault(), QString());
+    QVERIFY(user.isDone());
+}
+
 // --- The alert ---
 
 void tst_FileDialogsMac::alertReturnsTheIndexOfTheButton_data()
@@ -206,12 +282,40 @@ void tst_FileDialogsMac::endOfAnAlertStandsForAButton()
     QTEST(meta::alertButton(result), "button");
 }
 
+void tst_FileDialogsMac::returnKeyPressesTheFirstButtonWhateverTheDefault_data()
+{
+    QTest::addColumn<int>("defaultButton");
+
+    for (int i = 0; i < 3; ++i)
+        QTest::addRow("default %d", i) << i;
+}
+
 void tst_FileDialogsMac::returnKeyPressesTheFirstButtonWhateverTheDefault()
 {
+    QFETCH(int, defaultButton);
     PanelUser user;
     user.press(QStringLiteral("Return"));
 
-    QCOMPARE(warn(QStringLiteral("Sure?"), 2, 1), 0);
+    QCOMPARE(warn(QStringLiteral("Sure?"), defaultButton, 1), 0);
+    QCOMPARE(user.fault(), QString());
+    QVERIFY(user.isDone());
+}
+
+void tst_FileDialogsMac::escapeKeyIsTheFirstButtonWhateverTheEscapeButton_data()
+{
+    QTest::addColumn<int>("escapeButton");
+
+    for (int i = 0; i < 3; ++i)
+        QTest::addRow("escape %d", i) << i;
+}
+
+void tst_FileDialogsMac::escapeKeyIsTheFirstButtonWhateverTheEscapeButton()
+{
+    QFETCH(int, escapeButton);
+    PanelUser user;
+    user.press(QStringLiteral("Escape")); // which stops the alert
+
+    QCOMPARE(warn(QStringLiteral("Sure?"), 2, escapeButton), 0);
     QCOMPARE(user.fault(), QString());
     QVERIFY(user.isDone());
 }
@@ -248,13 +352,22 @@ void tst_FileDialogsMac::alertTextIsAFormat()
 
 void tst_FileDialogsMac::alertTextsAreEightBit()
 {
-    QStringList texts;
+    const auto given = [](const char *what) {
+        return QStringLiteral("\u00fcber \u2192 ") + QString::fromLatin1(what);
+    };
+    const auto shown = [](const char *what) {
+        return QStringLiteral("\u00fcber ? ") + QString::fromLatin1(what);
+    };
+    QStringList seen;
     PanelUser user;
-    user.look([&] { texts = PanelUser::texts(); }).click(buttons[0]);
+    user.look([&] { seen = PanelUser::texts() + PanelUser::buttons(); }).click(shown("second"));
 
-    QCOMPARE(warn(QStringLiteral("\u00fcber \u2192 all")), 0);
+    QCOMPARE(FileDialogs::warning(nullptr, given("caption"), given("text"), given("first"),
+                                  given("second"), given("third"), 0, 2),
+             1);
     QCOMPARE(user.fault(), QString());
-    QVERIFY2(texts.contains(QStringLiteral("\u00fcber ? all")), qPrintable(texts.join(u'|')));
+    for (const char *what : {"caption", "text", "first", "second", "third"})
+        QVERIFY2(seen.contains(shown(what)), qPrintable(seen.join(u'|')));
 }
 
 // --- The file panels ---
@@ -381,6 +494,39 @@ void tst_FileDialogsMac::cancelledPanelsReturnNothing()
     QCOMPARE(saveFile(), QString());
     QCOMPARE(user.fault(), QString());
     QVERIFY(user.isDone());
+}
+
+void tst_FileDialogsMac::panelsHeedTheTypesAlone_data()
+{
+    addFileDialogs();
+}
+
+void tst_FileDialogsMac::panelsHeedTheTypesAlone()
+{
+    QFETCH(FileDialog, show);
+    QStringList plain;
+    QStringList seen;
+    PanelUser user;
+    PanelUser::setFolder(m_folder->path());
+    user.look([&] { plain = look(); }).click(QStringLiteral("Cancel"));
+    show({});
+    user.look([&] { seen = look(); }).click(QStringLiteral("Cancel"));
+    QWidget parent;
+    QString selectedFilter = QStringLiteral("Pictures (*.png)");
+    show({.startWith = path(QStringLiteral("sub.d/new.png")),
+          .filter = QStringLiteral("Tables (*.csv);;Pictures (*.png)"),
+          .parent = &parent,
+          .name = QStringLiteral("A name"),
+          .caption = QStringLiteral("A caption"),
+          .dirOnly = false,
+          .selectedFilter = &selectedFilter,
+          .resolveSymlinks = false});
+
+    QCOMPARE(user.fault(), QString());
+    QVERIFY(user.isDone());
+    QVERIFY(plain.contains(m_folder->path()));
+    QCOMPARE(seen, plain);
+    QCOMPARE(selectedFilter, QStringLiteral("Pictures (*.png)"));
 }
 
 // --- Strings ---
