@@ -1,6 +1,7 @@
 #include "CommandLine.h"
 
 #include "FrameTimes.h"
+#include "OutputFile.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
@@ -87,16 +88,12 @@ QString outValue(const QCommandLineParser &parser)
 
 void checkOutputs(const RenderRequest &request)
 {
-    const QFileInfo show(request.showFile);
-    const QFileInfo table(request.tableFile);
-    const QFileInfo picture(request.pictureFile);
     if (!request.tableFile.isEmpty() && !request.pictureFile.isEmpty()
-        && table.absoluteFilePath() == picture.absoluteFilePath())
+        && placeOf(request.tableFile) == placeOf(request.pictureFile))
         throw UsageFault{QStringLiteral("--csv and --png name the same file")};
-    for (const QFileInfo &output : {table, picture}) {
-        if (!output.filePath().isEmpty() && output.exists()
-            && output.canonicalFilePath() == show.canonicalFilePath())
-            throw UsageFault{QStringLiteral("%1 would overwrite the show").arg(output.filePath())};
+    for (const QString &output : {request.tableFile, request.pictureFile}) {
+        if (!output.isEmpty() && placeOf(output) == placeOf(request.showFile))
+            throw UsageFault{QStringLiteral("%1 would overwrite the show").arg(output)};
     }
 }
 
@@ -132,8 +129,7 @@ Request readResolve(const QCommandLineParser &parser, const QString &show)
 Request readImport(const QCommandLineParser &parser, const QString &sequence)
 {
     const QString show = outValue(parser);
-    if (QFileInfo::exists(show)
-        && QFileInfo(show).canonicalFilePath() == QFileInfo(sequence).canonicalFilePath())
+    if (placeOf(show) == placeOf(sequence))
         throw UsageFault{QStringLiteral("%1 would overwrite the sequence").arg(show)};
     return ImportRequest{
         sequence, show, {.linkAdjacent = parser.isSet(QStringLiteral("link-adjacent"))}};

@@ -1,5 +1,6 @@
 #include "OutputFile.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QSaveFile>
 
@@ -13,6 +14,20 @@ FileFault writeFault(const QString &file, const QFileDevice &device)
 }
 
 } // namespace
+
+QString placeOf(const QString &file)
+{
+    constexpr int mostLinks = 128; // some lead in a circle
+    QFileInfo info(file);
+    for (int link = 0; !info.exists() && info.isSymLink() && link < mostLinks; ++link)
+        info.setFile(info.symLinkTarget());
+    QString place = info.canonicalFilePath();
+    if (!place.isEmpty())
+        return place;
+    // It is not there, or there without a name, as a pipe may be.
+    const QString folder = QFileInfo(info.absolutePath()).canonicalFilePath();
+    return folder.isEmpty() ? info.absoluteFilePath() : QDir(folder).filePath(info.fileName());
+}
 
 OutputFile::OutputFile(const QString &file, std::unique_ptr<QFileDevice> device)
     : m_file(file), m_device(std::move(device))

@@ -9,6 +9,9 @@ class QIODevice;
 
 namespace rehearsal {
 
+/// One text for all the names of a file, which need not be there: where writing it leads to.
+QString placeOf(const QString &file);
+
 /// A file that a command writes. A regular file appears whole when it is committed, or not at all;
 /// a device or a pipe is written as it is.
 class OutputFile

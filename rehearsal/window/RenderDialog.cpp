@@ -2,6 +2,7 @@
 
 #include "FileField.h"
 #include "MessageLine.h"
+#include "OutputFile.h"
 #include "RenderJob.h"
 #include "ShowFile.h"
 
@@ -27,16 +28,6 @@ namespace rehearsal {
 namespace {
 
 constexpr double longestSeconds = std::numeric_limits<quint32>::max() / 1000.0;
-
-/// One text for all the names of a file.
-QString placeOf(const QString &file)
-{
-    const QFileInfo info(file);
-    if (info.exists())
-        return info.canonicalFilePath();
-    const QString folder = QFileInfo(info.absolutePath()).canonicalFilePath();
-    return folder.isEmpty() ? file : QDir(folder).filePath(info.fileName());
-}
 
 QString framesText(qint64 count)
 {
@@ -286,6 +277,7 @@ void RenderDialog::start()
     connect(m_job, &RenderJob::failed, this, [this](const FileFault &writeFault) {
         endJob();
         m_message->showFault(writeFault.message());
+        setVisible(true); // it may have been closed while the files were written
     });
     refreshButtons();
     refreshProgress();
@@ -320,7 +312,7 @@ void RenderDialog::endJob()
 
 void RenderDialog::done(int result)
 {
-    if (isRendering())
+    if (isRendering() && !m_job->isWriting())
         cancel();
     QDialog::done(result);
 }
@@ -343,10 +335,13 @@ void RenderDialog::refreshProgress()
     constexpr int wholeBar = 1000;
     const ShowRender &render = m_job->render();
     const qint64 total = render.times().count();
+    m_cancelButton->setEnabled(!m_job->isWriting());
     m_progress->setRange(0, wholeBar);
     m_progress->setValue(total > 0 ? static_cast<int>(render.framesDone() * wholeBar / total)
                                    : wholeBar);
-    m_progress->setFormat(tr("frame %L1 of %L2").arg(render.framesDone()).arg(total));
+    m_progress->setFormat(m_job->isWriting()
+                              ? tr("writing")
+                              : tr("frame %L1 of %L2").arg(render.framesDone()).arg(total));
 }
 
 } // namespace rehearsal

@@ -20,7 +20,8 @@ class MessageLine;
 class RenderJob;
 
 /// Asks what to write of a show, and renders it while the program goes on. Made once and shown
-/// again, it keeps what was chosen. Closing it cancels a render, which leaves every file as it was.
+/// again, it keeps what was chosen. Closing it cancels a render, which leaves every file as it was;
+/// one that has played its last frame still puts its files in their places.
 class RenderDialog final : public QDialog
 {
     Q_OBJECT

@@ -9,20 +9,34 @@ RenderJob::RenderJob(std::unique_ptr<ShowRender> render, QObject *parent)
     m_timer.start(0);
 }
 
+RenderJob::~RenderJob()
+{
+    if (m_writing)
+        m_writing->wait();
+}
+
 void RenderJob::work()
 {
     constexpr qint64 sliceMs = 8;
-    if (!m_render->isPlayed()) {
-        m_render->playFor(sliceMs);
-        emit progressed();
-        return;
-    }
-    m_timer.stop();
-    FileFault fault;
-    if (m_render->finish(&fault))
-        emit finished();
+    if (m_render->isPlayed())
+        startWriting();
     else
-        emit failed(fault);
+        m_render->playFor(sliceMs);
+    emit progressed();
+}
+
+// To draw a large picture takes as long as many frames, and a slow disk has as much time as it likes.
+void RenderJob::startWriting()
+{
+    m_timer.stop();
+    m_writing.reset(QThread::create([this] { m_isWritten = m_render->finish(&m_fault); }));
+    connect(m_writing.get(), &QThread::finished, this, [this] {
+        if (m_isWritten)
+            emit finished();
+        else
+            emit failed(m_fault);
+    });
+    m_writing->start();
 }
 
 } // namespace rehearsal

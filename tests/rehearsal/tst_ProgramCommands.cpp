@@ -39,6 +39,9 @@ private slots:
     void rendersTheSameBytesAgain();
     void rendersAPicture();
     void aRenderWithoutOutputsSaysWhatItPlayed();
+    void oneFileForBothIsRefused_data();
+    void oneFileForBothIsRefused();
+    void pipesAreToldApart();
     void aShowAloneNeedsADisplay();
 
     void inspectsAsLines();
@@ -178,6 +181,53 @@ void TestProgramCommands::aRenderWithoutOutputsSaysWhatItPlayed()
     VERIFY_DONE(outcome);
     QCOMPARE(outcome.out, QByteArray("a.show: 60 frames in 1.5 s, 2 lights\n"));
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList{"a.show"});
+}
+
+void TestProgramCommands::oneFileForBothIsRefused_data()
+{
+    QTest::addColumn<QString>("present");
+    QTest::addColumn<QString>("said");
+
+    QTest::newRow("there") << "a.x"
+                           << "--csv and --png name the same file";
+    QTest::newRow("not there yet") << "b.x"
+                                   << "--csv and --png name the same file";
+    QTest::newRow("the show") << "a.show"
+                              << "a.x would overwrite the show";
+}
+
+// By its names they are two; of the two that were written one would be lost.
+void TestProgramCommands::oneFileForBothIsRefused()
+{
+    QFETCH(QString, present);
+    QFETCH(QString, said);
+    const QDir folder(m_folder->path());
+    if (present == "a.show")
+        QVERIFY(QFile::link("a.show", folder.filePath("a.x")));
+    else
+        QVERIFY(write(qPrintable(present), "old"));
+    QVERIFY(QFile::link("a.x", folder.filePath("a.y")));
+    QVERIFY(QFile::link("a.y", folder.filePath("a.z")));
+    const QStringList before = folder.entryList(QDir::Files | QDir::System);
+
+    QStringList arguments{"render", "a.show", "--csv", "a.x"};
+    if (present != "a.show")
+        arguments += {"--png", "a.z"};
+    const Outcome outcome = rehearsal(arguments);
+    QCOMPARE(outcome.status, 2);
+    QVERIFY2(outcome.errors.contains(said.toUtf8()), outcome.errors.constData());
+    QCOMPARE(folder.entryList(QDir::Files | QDir::System), before);
+    QCOMPARE(read("a.show"), steadyShow());
+}
+
+// They have no names of their own.
+void TestProgramCommands::pipesAreToldApart()
+{
+    const Outcome outcome =
+        rehearsal({"render", "a.show", "--csv", "/dev/stdout", "--png", "/dev/stderr"});
+    QCOMPARE(outcome.status, 0);
+    QVERIFY(outcome.out.startsWith("time_ms,3,7\n0,0.0000,0.0000\n"));
+    QVERIFY(!QImage::fromData(outcome.errors, "png").isNull());
 }
 
 void TestProgramCommands::aShowAloneNeedsADisplay()

@@ -1,6 +1,9 @@
 #include "FileField.h"
 #include "MessageLine.h"
 #include "RenderDialog.h"
+#include "Show.h"
+#include "ShowFile.h"
+#include "ShowRender.h"
 #include "TestTypes.h"
 
 #include <QCheckBox>
@@ -15,11 +18,18 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSemaphore>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
 #include <QTimer>
 
 #include <algorithm>
+#include <atomic>
+
+#ifdef Q_OS_LINUX
+#include <dlfcn.h>
+#endif
 
 using rehearsal::MessageLine;
 using rehearsal::RenderDialog;
@@ -35,7 +45,75 @@ QByteArray contentOf(const QString &file)
     return input.open(QIODevice::ReadOnly) ? input.readAll() : QByteArray("(unreadable)");
 }
 
+/// While there is one, a sync of the disk lasts until it is let go, or some seconds where nobody
+/// lives to do so.
+class SlowDisk
+{
+public:
+#ifdef Q_OS_LINUX
+    static constexpr bool isKnown = true;
+#else
+    static constexpr bool isKnown = false; // how this system is asked for a sync
+#endif
+
+    SlowDisk()
+    {
+        present = this;
+    }
+    ~SlowDisk()
+    {
+        present = nullptr;
+        letGo();
+        while (m_isSyncing)
+            QThread::yieldCurrentThread();
+    }
+    Q_DISABLE_COPY_MOVE(SlowDisk)
+
+    bool isSyncing() const
+    {
+        return m_isSyncing;
+    }
+    void letGo()
+    {
+        m_gate.release(100);
+    }
+
+    static void sync()
+    {
+        constexpr int patienceMs = 2000;
+        SlowDisk *const disk = present;
+        if (!disk)
+            return;
+        disk->m_isSyncing = true;
+        disk->m_gate.tryAcquire(1, patienceMs);
+        disk->m_isSyncing = false;
+    }
+
+private:
+    static inline std::atomic<SlowDisk *> present = nullptr;
+
+    std::atomic_bool m_isSyncing = false;
+    QSemaphore m_gate;
+};
+
 } // namespace
+
+#ifdef Q_OS_LINUX
+// These stand before the system's own.
+#define META_EXPORT extern "C" __attribute__((visibility("default")))
+
+META_EXPORT int fdatasync(int file)
+{
+    SlowDisk::sync();
+    return reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, "fdatasync"))(file);
+}
+
+META_EXPORT int fsync(int file)
+{
+    SlowDisk::sync();
+    return reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, "fsync"))(file);
+}
+#endif
 
 /// Somebody at the dialog, with a folder of shows.
 class tst_RenderDialog : public QObject
@@ -49,6 +127,7 @@ private slots:
 
     void suggestsAPictureBesideTheShow();
     void writesWhatTheCommandLineDoes();
+    void pictureIsThatOfTheCommandLine();
     void writesThePictureAlone();
     void rateAndLengthAreHeeded();
     void namesWithoutAFolderAreMeantBesideTheShow();
@@ -70,6 +149,10 @@ private slots:
     void cancelLeavesTheOldFilesAndNoOthers_data();
     void cancelLeavesTheOldFilesAndNoOthers();
     void rendersAgainAfterACancel();
+    void otherEventsAreServedWhileItWrites();
+    void closedWhileItWritesItLeavesTheFilesWhole_data();
+    void closedWhileItWritesItLeavesTheFilesWhole();
+    void faultOfAClosedDialogIsShown();
 
 private:
     template<typename Widget>
@@ -97,6 +180,8 @@ private:
     void setChecked(const char *name, bool on) const;
     void makeItLong() const;
     void renderToTheEnd() const;
+    /// Renders the golden table and a picture until the disk is asked to keep the first of them.
+    void renderUntilItWrites(const SlowDisk &disk) const;
     /// The table is what the command line gives.
     void verifyGoldenTable() const;
 
@@ -162,6 +247,15 @@ void tst_RenderDialog::renderToTheEnd() const
     QVERIFY2(!saysFault(), qPrintable(message()));
 }
 
+void tst_RenderDialog::renderUntilItWrites(const SlowDisk &disk) const
+{
+    setChecked("m_tableCheckBox", true);
+    type("m_fpsSpinBox", goldenRate);
+    click("m_renderButton");
+    QTRY_VERIFY(disk.isSyncing());
+    QVERIFY(m_dialog->isRendering());
+}
+
 void tst_RenderDialog::verifyGoldenTable() const
 {
     QCOMPARE(contentOf(path("minimal.csv")), contentOf(source + "/tests/golden/minimal.csv"));
@@ -196,6 +290,21 @@ void tst_RenderDialog::writesWhatTheCommandLineDoes()
                                   + " frames in "),
              qPrintable(message()));
     QVERIFY(message().endsWith(path("minimal.png") + '\n' + path("minimal.csv")));
+}
+
+void tst_RenderDialog::pictureIsThatOfTheCommandLine()
+{
+    renderToTheEnd();
+    rehearsal::RenderPlan plan;
+    plan.pictureFile = path("other.png");
+    rehearsal::FileFault fault;
+    const auto render = rehearsal::ShowRender::begin(
+        rehearsal::parseShow(m_text, "minimal.show", allTypes(), &fault), "minimal.show", plan,
+        &fault);
+    while (!render->isPlayed())
+        render->playFrame();
+    QVERIFY(render->finish(&fault));
+    QCOMPARE(contentOf(path("minimal.png")), contentOf(path("other.png")));
 }
 
 void tst_RenderDialog::writesThePictureAlone()
@@ -489,6 +598,89 @@ void tst_RenderDialog::rendersAgainAfterACancel()
     type("m_fpsSpinBox", goldenRate);
     renderToTheEnd();
     verifyGoldenTable();
+}
+
+void tst_RenderDialog::otherEventsAreServedWhileItWrites()
+{
+    if (!SlowDisk::isKnown)
+        QSKIP("no disk can be made slow here");
+    SlowDisk disk;
+    renderUntilItWrites(disk);
+    int turns = 0;
+    QTimer others;
+    connect(&others, &QTimer::timeout, this, [&] { ++turns; });
+    others.start(16);
+    QTest::qWait(500);
+    QVERIFY(disk.isSyncing());
+    QVERIFY2(turns >= 8, qPrintable(QString::number(turns)));
+    QCOMPARE(widget<QProgressBar>("m_progressBar")->text(), QStringLiteral("writing"));
+    QCOMPARE(files(), QStringList("minimal.show"));
+
+    QVERIFY(!widget<QPushButton>("m_cancelButton")->isEnabled());
+    QVERIFY(!widget<QPushButton>("m_renderButton")->isEnabled());
+    click("m_cancelButton");
+    QVERIFY(m_dialog->isRendering());
+    disk.letGo();
+    QTRY_VERIFY(!m_dialog->isRendering());
+    QVERIFY2(!saysFault(), qPrintable(message()));
+    verifyGoldenTable();
+    QVERIFY(!QImage(path("minimal.png")).isNull());
+}
+
+void tst_RenderDialog::closedWhileItWritesItLeavesTheFilesWhole_data()
+{
+    QTest::addColumn<QString>("how");
+    QTest::newRow("escape") << "escape";
+    QTest::newRow("close") << "close";
+    QTest::newRow("delete") << "delete";
+}
+
+void tst_RenderDialog::closedWhileItWritesItLeavesTheFilesWhole()
+{
+    if (!SlowDisk::isKnown)
+        QSKIP("no disk can be made slow here");
+    QFETCH(QString, how);
+    SlowDisk disk;
+    renderUntilItWrites(disk);
+
+    if (how == "delete") {
+        const std::unique_ptr<QThread> later(QThread::create([&disk] {
+            QThread::msleep(100);
+            disk.letGo();
+        }));
+        later->start();
+        m_dialog.reset();
+        later->wait();
+    } else {
+        if (how == "escape")
+            QTest::keyClick(m_dialog.get(), Qt::Key_Escape);
+        else
+            m_dialog->close();
+        QVERIFY(disk.isSyncing());
+        QVERIFY(!m_dialog->isVisible());
+        disk.letGo();
+        QTRY_VERIFY(!m_dialog->isRendering());
+        QVERIFY(!m_dialog->isVisible());
+        QVERIFY2(message().contains("written to"), qPrintable(message()));
+    }
+    verifyGoldenTable();
+    QVERIFY(!QImage(path("minimal.png")).isNull());
+    QCOMPARE(files(), QStringList({"minimal.csv", "minimal.png", "minimal.show"}));
+}
+
+void tst_RenderDialog::faultOfAClosedDialogIsShown()
+{
+    if (!SlowDisk::isKnown || !QFile::exists("/dev/full"))
+        QSKIP("no disk can be made slow here, or there is no device that is always full");
+    type("m_pictureLineEdit", "/dev/full");
+    SlowDisk disk;
+    renderUntilItWrites(disk);
+    m_dialog->close();
+    QVERIFY(!m_dialog->isVisible());
+    disk.letGo();
+    QTRY_VERIFY(m_dialog->isVisible());
+    QVERIFY(saysFault());
+    QVERIFY2(message().startsWith("/dev/full: cannot be written"), qPrintable(message()));
 }
 
 QTEST_MAIN(tst_RenderDialog)
