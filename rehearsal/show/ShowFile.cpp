@@ -364,7 +364,7 @@ bool saveText(const QByteArray &text, const QString &file, FileFault *fault)
     }
     if (!output.commit())
         return fail(output.errorString());
-    syncFolder(present.absolutePath());
+    syncFolder(QFileInfo(file).canonicalPath()); // of a link, where it leads to
     return true;
 }
 

@@ -1,7 +1,9 @@
 #include "FileFault.h"
 #include "ShowFile.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -15,6 +17,8 @@ namespace {
 
 /// What was asked of the system, in order.
 QStringList asked;
+/// The folder that was synced last.
+struct stat syncedFolder;
 
 template<typename Function>
 Function theSystems(const char *name)
@@ -40,6 +44,8 @@ META_EXPORT int fsync(int file)
     };
     fstat(file, &status);
     asked.append(S_ISDIR(status.st_mode) ? QStringLiteral("sync folder") : QStringLiteral("sync"));
+    if (S_ISDIR(status.st_mode))
+        syncedFolder = status;
     return theSystems<int (*)(int)>("fsync")(file);
 }
 
@@ -55,6 +61,7 @@ class tst_SaveOrder : public QObject
 
 private slots:
     void textIsOnTheDiskBeforeItTakesTheFilesPlace();
+    void folderThatALinkLeadsToIsSynced();
 };
 
 // A power failure between any two of these leaves the old show or the new one, never an empty file.
@@ -71,6 +78,28 @@ void tst_SaveOrder::textIsOnTheDiskBeforeItTakesTheFilesPlace()
     QFile saved(file);
     QVERIFY(saved.open(QIODevice::ReadOnly));
     QCOMPARE(saved.readAll(), QByteArray("new"));
+}
+
+// There the new file took the place of the old one.
+void tst_SaveOrder::folderThatALinkLeadsToIsSynced()
+{
+    const QTemporaryDir folder;
+    const QString target = folder.filePath(QStringLiteral("elsewhere"));
+    QVERIFY(QDir().mkdir(target));
+    const QString link = folder.filePath(QStringLiteral("a.show"));
+    QVERIFY(QFile::link(QStringLiteral("elsewhere/real.show"), link));
+    struct stat wanted;
+    QCOMPARE(stat(QFile::encodeName(target).constData(), &wanted), 0);
+
+    FileFault fault;
+    for (const char *text : {"new", "newer"}) { // the first makes the file
+        syncedFolder = {};
+        QVERIFY(rehearsal::saveText(text, link, &fault));
+        QCOMPARE(syncedFolder.st_ino, wanted.st_ino);
+        QCOMPARE(syncedFolder.st_dev, wanted.st_dev);
+        QCOMPARE(QFileInfo(target + QStringLiteral("/real.show")).size(), qint64(qstrlen(text)));
+    }
+    QVERIFY(QFileInfo(link).isSymLink());
 }
 
 QTEST_GUILESS_MAIN(tst_SaveOrder)
