@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 namespace rehearsal {
 
@@ -30,10 +31,22 @@ std::unique_ptr<QLockFile> lockOf(const QString &autosaveFile)
     return lock;
 }
 
+/// The lock, held. Null where a living program has it, which is told, or where nothing can be written.
+std::unique_ptr<QLockFile> heldLockOf(const QString &autosaveFile, bool *isTaken)
+{
+    std::unique_ptr<QLockFile> lock = lockOf(autosaveFile);
+    const bool isHeld = lock->tryLock();
+    *isTaken = !isHeld && lock->error() == QLockFile::LockFailedError;
+    if (!isHeld)
+        lock.reset();
+    return lock;
+}
+
 bool isOfTheLiving(const QString &autosaveFile)
 {
-    const std::unique_ptr<QLockFile> lock = lockOf(autosaveFile);
-    return !lock->tryLock() && lock->error() == QLockFile::LockFailedError;
+    bool isTaken = false;
+    heldLockOf(autosaveFile, &isTaken);
+    return isTaken;
 }
 
 /// The same for every path that leads to the file.
@@ -60,15 +73,6 @@ std::optional<Recovery> leftAt(const QString &autosaveFile, const QString &showF
     return Recovery{autosaveFile, showFile, info.lastModified(), isOlder};
 }
 
-/// What was put aside, under its first name again if that is free.
-QString backInItsPlace(const QString &autosaveFile)
-{
-    if (autosaveFile.endsWith(suffix))
-        return autosaveFile;
-    const QString place = autosaveFile.left(autosaveFile.lastIndexOf(u'.'));
-    return !QFile::exists(place) && QFile::rename(autosaveFile, place) ? place : autosaveFile;
-}
-
 /// The names under which autosaves of one place were put aside; the place itself first.
 QStringList remainsAt(const QString &place)
 {
@@ -83,6 +87,35 @@ QStringList remainsAt(const QString &place)
             files.append(info.path() + u'/' + name);
     }
     return files;
+}
+
+bool isKeptAside(const QString &place)
+{
+    FileFault unasked;
+    const std::optional<QByteArray> text = readWholeFile(place, &unasked);
+    const QStringList aside = remainsAt(place).sliced(1);
+    return text && std::any_of(aside.begin(), aside.end(), [&](const QString &file) {
+               return readWholeFile(file, &unasked) == text;
+           });
+}
+
+/// Keeps what is at a place under another name as well, once, so that the place may be overwritten. It
+/// is there under one name or the other at any moment. For the place's owner alone.
+bool keepAside(const QString &place, FileFault *fault)
+{
+    if (!QFileInfo(place).isFile() || isKeptAside(place))
+        return true;
+    const auto asideOf = [&place](int number) { return place + u'.' + QString::number(number); };
+    int number = 1;
+    while (QFile::exists(asideOf(number)) || isOfTheLiving(asideOf(number)))
+        ++number;
+    std::error_code fails; // as links do on some disks
+    std::filesystem::create_hard_link(QFileInfo(place).filesystemFilePath(),
+                                      QFileInfo(asideOf(number)).filesystemFilePath(), fails);
+    if (!fails || QFile::copy(place, asideOf(number)))
+        return true;
+    *fault = {place, 0, Autosave::tr("what was left there cannot be kept under another name")};
+    return false;
 }
 
 bool isNewer(const Recovery &a, const Recovery &b)
@@ -129,18 +162,30 @@ void Autosave::attach()
 {
     release();
     m_showFile = m_document.file();
+    m_places = placesOf(m_showFile);
     m_timer.start();
-    if (!m_recoveredFile.isEmpty()) {
-        bool isTaken = false;
-        if (claim(m_recoveredFile, &isTaken)) {
-            FileFault unasked;
-            m_writtenText = readWholeFile(m_autosaveFile, &unasked).value_or(QByteArray());
-            return;
-        }
-    }
     // One of a show without a file has a name of its own, and needs no place before it is written.
-    if (!m_showFile.isEmpty())
+    if (m_recovered.lock)
+        takeRecovered();
+    else if (!m_showFile.isEmpty())
         claim();
+}
+
+// What was put aside gets its first name again if nobody has that.
+void Autosave::takeRecovered()
+{
+    m_autosaveFile = m_recovered.autosaveFile;
+    m_lock = std::move(m_recovered.lock);
+    m_writtenText = m_recovered.text;
+    if (m_autosaveFile.endsWith(suffix))
+        return;
+    const QString place = m_autosaveFile.left(m_autosaveFile.lastIndexOf(u'.'));
+    bool isTaken = false;
+    std::unique_ptr<QLockFile> lock = heldLockOf(place, &isTaken);
+    if (!lock || QFile::exists(place) || !QFile::rename(m_autosaveFile, place))
+        return;
+    m_autosaveFile = place;
+    m_lock = std::move(lock);
 }
 
 void Autosave::release()
@@ -149,7 +194,6 @@ void Autosave::release()
     tellWorking();
     m_lock.reset();
     m_autosaveFile.clear();
-    m_isPutAside = false;
     m_isUnavailable = false;
     m_hasFailed = false;
 }
@@ -167,6 +211,8 @@ void Autosave::removeOwn()
 
 void Autosave::saveNow()
 {
+    if (!m_timer.isActive()) // closed
+        return;
     m_document.flush();
     if (!m_document.isModified())
         return;
@@ -176,7 +222,7 @@ void Autosave::saveNow()
     if (!m_lock && !claim())
         return;
     FileFault fault;
-    if (putAside(&fault) && saveText(text, m_autosaveFile, &fault)) {
+    if (write(text, &fault) || writeElsewhere(text)) {
         m_hasFailed = false;
         m_writtenText = text;
         tellWorking();
@@ -186,23 +232,29 @@ void Autosave::saveNow()
     }
 }
 
-// What is there before the document's own first autosave is what a dead program left. It is there under
-// one name or the other at any moment.
-bool Autosave::putAside(FileFault *fault)
+// What is there before the document's own first autosave is what a dead program left.
+bool Autosave::write(const QByteArray &text, FileFault *fault) const
 {
-    if (m_isPutAside || !m_writtenText.isNull() || !QFileInfo(m_autosaveFile).isFile())
+    return (!m_writtenText.isNull() || keepAside(m_autosaveFile, fault))
+           && saveText(text, m_autosaveFile, fault);
+}
+
+// The disk of the show may have filled up since its place was claimed.
+bool Autosave::writeElsewhere(const QByteArray &text)
+{
+    for (const QString &place : std::as_const(m_places)) {
+        bool isTaken = false;
+        if (place == m_autosaveFile)
+            continue;
+        std::unique_ptr<QLockFile> lock = lockPlace(place, &isTaken);
+        FileFault unasked;
+        if (!lock || !keepAside(place, &unasked) || !saveText(text, place, &unasked))
+            continue;
+        removeOwn();
+        m_autosaveFile = place;
+        m_lock = std::move(lock);
         return true;
-    int number = 1;
-    while (QFile::exists(m_autosaveFile + u'.' + QString::number(number)))
-        ++number;
-    const QString aside = m_autosaveFile + u'.' + QString::number(number);
-    std::error_code fails; // as links do on some disks
-    std::filesystem::create_hard_link(QFileInfo(m_autosaveFile).filesystemFilePath(),
-                                      QFileInfo(aside).filesystemFilePath(), fails);
-    m_isPutAside = !fails || QFile::copy(m_autosaveFile, aside);
-    if (m_isPutAside)
-        return true;
-    *fault = {m_autosaveFile, 0, tr("what was left there cannot be kept under another name")};
+    }
     return false;
 }
 
@@ -220,11 +272,13 @@ void Autosave::close()
 
 bool Autosave::claim()
 {
-    const QStringList places = placesOf(m_showFile);
-    for (const QString &place : places) {
+    for (const QString &place : std::as_const(m_places)) {
         bool isTaken = false;
-        if (claim(place, &isTaken))
+        m_lock = lockPlace(place, &isTaken);
+        if (m_lock) {
+            m_autosaveFile = place;
             return true;
+        }
         if (isTaken) {
             tellUnavailable(tr("another program has this show open"));
             return false;
@@ -234,20 +288,11 @@ bool Autosave::claim()
     return false;
 }
 
-bool Autosave::claim(const QString &autosaveFile, bool *isTaken)
+std::unique_ptr<QLockFile> Autosave::lockPlace(const QString &place, bool *isTaken) const
 {
-    if (isInDataFolder(autosaveFile))
+    if (QFileInfo(place).path() == m_dataFolder)
         QDir().mkpath(m_dataFolder);
-    std::unique_ptr<QLockFile> lock = lockOf(autosaveFile);
-    const bool isLocked = lock->tryLock();
-    // What the program that was in the way has left is not this document's to overwrite.
-    const bool isLeft = isLocked && m_isUnavailable && QFile::exists(autosaveFile);
-    *isTaken = isLeft || (!isLocked && lock->error() == QLockFile::LockFailedError);
-    if (!isLocked || isLeft)
-        return false;
-    m_lock = std::move(lock);
-    m_autosaveFile = autosaveFile;
-    return true;
+    return heldLockOf(place, isTaken);
 }
 
 void Autosave::tellUnavailable(const QString &reason)
@@ -276,11 +321,6 @@ QString Autosave::placeInDataFolder(const QString &file) const
     const QByteArray hash =
         QCryptographicHash::hash(truePath(file).toUtf8(), QCryptographicHash::Sha1).toHex();
     return m_dataFolder + QStringLiteral("/show-") + QString::fromLatin1(hash) + suffix;
-}
-
-bool Autosave::isInDataFolder(const QString &autosaveFile) const
-{
-    return QFileInfo(autosaveFile).path() == m_dataFolder;
 }
 
 // --- What programs that died have left ---
@@ -318,20 +358,29 @@ QList<Recovery> Autosave::untitledRecoverable() const
 
 bool Autosave::recover(const Recovery &recovery, FileFault *fault)
 {
+    bool isTaken = false;
+    std::unique_ptr<QLockFile> lock = heldLockOf(recovery.autosaveFile, &isTaken);
+    if (isTaken) {
+        *fault = {recovery.autosaveFile, 0, tr("another program has it now")};
+        return false;
+    }
     const std::optional<QByteArray> text = readWholeFile(recovery.autosaveFile, fault);
     if (!text)
         return false;
-    m_recoveredFile = backInItsPlace(recovery.autosaveFile);
+    m_recovered = {recovery.autosaveFile, *text, std::move(lock)};
     const bool isOpened =
         m_document.openText(*text, recovery.autosaveFile, recovery.showFile, fault);
-    m_recoveredFile.clear();
+    m_recovered = {};
     return isOpened;
 }
 
 void Autosave::discard(const Recovery &recovery)
 {
-    const std::unique_ptr<QLockFile> lock = lockOf(recovery.autosaveFile);
-    if (lock->tryLock() || lock->error() != QLockFile::LockFailedError)
+    // The document's own place, where it has written nothing yet.
+    const bool isOurs = recovery.autosaveFile == m_autosaveFile && m_writtenText.isNull();
+    bool isTaken = false;
+    const std::unique_ptr<QLockFile> lock = heldLockOf(recovery.autosaveFile, &isTaken);
+    if (!isTaken || isOurs)
         QFile::remove(recovery.autosaveFile);
 }
 

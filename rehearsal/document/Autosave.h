@@ -28,7 +28,7 @@ struct Recovery
 /// Keeps the unsaved state of a document on disk: what is older than the interval is there.
 ///
 /// It is written to FILE.autosave beside the document's file; to the data folder where the document
-/// has no file, or where nothing can be written beside it. The file goes when the document is saved,
+/// has no file, or once nothing can be written beside it. The file goes when the document is saved,
 /// found unmodified, replaced by another show or closed. A lock beside it tells other programs that
 /// its owner lives, and is void as soon as the owner is dead. What a dead program left and nobody
 /// recovered or discarded stays: as FILE.autosave.1, .2 ... once the document needs the name itself.
@@ -62,9 +62,10 @@ public:
     QList<Recovery> untitledRecoverable() const;
 
     /// Opens it in the document, modified. The autosave stays until that document is saved or closed.
-    /// False and a fault when it cannot be opened: then the document is left alone.
+    /// False and a fault when it cannot be opened, or a living program has it by now: then the
+    /// document is left alone.
     bool recover(const Recovery &recovery, FileFault *fault);
-    /// Deletes it, unless a living program has it.
+    /// Deletes it, unless a living program or the document has it for its own autosave by now.
     void discard(const Recovery &recovery);
 
 signals:
@@ -77,29 +78,37 @@ signals:
     void unavailable(const QString &reason);
 
 private:
+    struct Recovered
+    {
+        QString autosaveFile;
+        QByteArray text;
+        std::unique_ptr<QLockFile> lock; ///< null where it cannot be written
+    };
+
     void attach();
+    void takeRecovered();
     void release();
     void removeOwn();
-    bool putAside(FileFault *fault);
+    bool write(const QByteArray &text, FileFault *fault) const;
+    bool writeElsewhere(const QByteArray &text);
     void tellWorking();
     bool claim();
-    bool claim(const QString &autosaveFile, bool *isTaken);
+    std::unique_ptr<QLockFile> lockPlace(const QString &place, bool *isTaken) const;
     void tellUnavailable(const QString &reason);
     QStringList placesOf(const QString &file) const;
     QString placeInDataFolder(const QString &file) const;
-    bool isInDataFolder(const QString &autosaveFile) const;
 
     ShowDocument &m_document;
     QString m_dataFolder;
     QTimer m_timer;
 
-    QString m_showFile;                ///< the document's file that the place is for
+    QString m_showFile;                ///< the document's file that the places are for
+    QStringList m_places;              ///< where the autosave may be, the best first
     QString m_autosaveFile;            ///< empty while there is no place
     std::unique_ptr<QLockFile> m_lock; ///< null while there is no place
     QByteArray m_writtenText;          ///< null while no autosave of this document is on disk
-    QString m_recoveredFile;           ///< the autosave that is being recovered
+    Recovered m_recovered;             ///< while it is being opened
     bool m_isUnavailable = false;
-    bool m_isPutAside = false; ///< what was left at the place, so that it may be overwritten
     bool m_hasFailed = false;
     bool m_hasTold = false; ///< that it does not work
 };

@@ -219,9 +219,11 @@ private slots:
     void autosaveLikeTheFileIsNotRecoverable();
     void autosaveOfAShowThatIsGoneIsRecoverable();
     void discardedRecoveryIsGone();
+    void remainsOfTheOpenedShowAreDiscardedButNotItsOwn();
     void untitledRecoveriesAreListedNewestFirst();
     void foreignRemainsAreNotTouchedWithoutAnEdit();
     void remainsAreKeptUnderAnotherName();
+    void remainsThatComeLaterAreKeptToo();
     void remainsAreKeptOnceHoweverOftenWritingFails();
     void remainsThatAreOlderThanTheFileAreTold();
 
@@ -230,10 +232,13 @@ private slots:
     void lockOfALivingProgramHoldsHoweverOld();
     void autosaveOfALivingProgramIsNotRecoverable();
     void secondProgramGetsThePlaceWhenTheFirstCloses();
-    void secondProgramLeavesTheRemainsOfTheFirstAlone();
+    void secondProgramKeepsTheRemainsOfTheFirst();
+    void secondProgramRecoversWithoutTheFirstsPlace();
+    void remainsThatALivingProgramTookAreNotRecovered();
 
     void placeBesideTheFileThatCannotBeWrittenIsReplaced();
     void autosaveInTheDataFolderIsRecoverable();
+    void placeBesideTheFileThatFailsLaterIsReplaced();
     void noPlaceAtAllIsToldOnce();
     void failureIsToldOnceUntilItWorksAgain();
 };
@@ -398,6 +403,7 @@ void tst_Autosave::closedDocumentIsNotWritten()
     QTRY_VERIFY(QFile::exists(folders.autosaveFile));
     program.autosave.close();
     QTest::qWait(100);
+    program.autosave.saveNow();
     QCOMPARE(folders.besideTheShow(), onlyTheShow);
     program.open(folders.file);
     rename(program.document, QStringLiteral("2"));
@@ -597,6 +603,20 @@ void tst_Autosave::discardedRecoveryIsGone()
     QCOMPARE(folders.besideTheShow(), onlyTheShow);
 }
 
+void tst_Autosave::remainsOfTheOpenedShowAreDiscardedButNotItsOwn()
+{
+    const Folders folders;
+    leaveBehind(folders, QStringLiteral("5"));
+    Program program(folders);
+    const Recovery recovery = *program.autosave.recoverable(folders.file);
+    program.open(folders.file);
+    program.autosave.discard(recovery);
+    QVERIFY(!QFile::exists(folders.autosaveFile));
+    program.editAndSave(QStringLiteral("6"));
+    program.autosave.discard(recovery);
+    QCOMPARE(numberIn(contentOf(folders.autosaveFile)), 6);
+}
+
 void tst_Autosave::untitledRecoveriesAreListedNewestFirst()
 {
     const Folders folders;
@@ -652,6 +672,20 @@ void tst_Autosave::remainsAreKeptUnderAnotherName()
     program.autosave.close();
     QCOMPARE(numberIn(contentOf(folders.file)), 5);
     QCOMPARE(folders.besideTheShow(), onlyTheShow);
+}
+
+void tst_Autosave::remainsThatComeLaterAreKeptToo()
+{
+    const Folders folders;
+    leaveBehind(folders, QStringLiteral("5"));
+    Program program(folders, folders.file);
+    program.editAndSave(QStringLiteral("6"));
+    QVERIFY(program.document.save(&program.fault));
+    QVERIFY(write(folders.autosaveFile, QByteArray(plainShow).replace(">0<", ">7<")));
+    program.editAndSave(QStringLiteral("8"));
+    QCOMPARE(numberIn(contentOf(folders.autosaveFile)), 8);
+    QCOMPARE(numberIn(contentOf(folders.autosaveFile + QStringLiteral(".1"))), 5);
+    QCOMPARE(numberIn(contentOf(folders.autosaveFile + QStringLiteral(".2"))), 7);
 }
 
 void tst_Autosave::remainsAreKeptOnceHoweverOftenWritingFails()
@@ -763,18 +797,57 @@ void tst_Autosave::secondProgramGetsThePlaceWhenTheFirstCloses()
     QTRY_COMPARE(second.unavailable.count(), 1);
 }
 
-void tst_Autosave::secondProgramLeavesTheRemainsOfTheFirstAlone()
+void tst_Autosave::secondProgramKeepsTheRemainsOfTheFirst()
 {
     const Folders folders;
     OtherProgram first(folders.file, folders.data, 50);
     first.number();
     QTRY_VERIFY(QFile::exists(folders.autosaveFile));
     Program second(folders, folders.file);
+    QTRY_COMPARE(second.unavailable.count(), 1);
     first.kill();
     const QByteArray left = contentOf(folders.autosaveFile);
     second.editAndSave(QStringLiteral("999999"));
-    QCOMPARE(contentOf(folders.autosaveFile), left);
-    QVERIFY(Program(folders).autosave.recoverable(folders.file));
+    QCOMPARE(second.working.count(), 1);
+    QCOMPARE(numberIn(contentOf(folders.autosaveFile)), 999999);
+    const std::optional<Recovery> recovery = Program(folders).autosave.recoverable(folders.file);
+    QVERIFY(recovery);
+    QCOMPARE(recovery->autosaveFile, folders.autosaveFile + QStringLiteral(".1"));
+    QCOMPARE(contentOf(recovery->autosaveFile), left);
+}
+
+void tst_Autosave::secondProgramRecoversWithoutTheFirstsPlace()
+{
+    const Folders folders;
+    const QString aside = folders.autosaveFile + QStringLiteral(".1");
+    leaveBehind(folders, QStringLiteral("5"));
+    Program first(folders, folders.file);
+    first.editAndSave(QStringLiteral("7"));
+    QVERIFY(first.document.save(&first.fault));
+
+    Program second(folders);
+    QVERIFY(second.autosave.recover(*second.autosave.recoverable(folders.file), &second.fault));
+    QCOMPARE(numberIn(second.document.text()), 5);
+    first.editAndSave(QStringLiteral("8"));
+    QCOMPARE(numberIn(contentOf(folders.autosaveFile)), 8);
+    QCOMPARE(numberIn(contentOf(aside)), 5);
+    second.editAndSave(QStringLiteral("6"));
+    QCOMPARE(numberIn(contentOf(folders.autosaveFile)), 8);
+    QCOMPARE(numberIn(contentOf(aside)), 6);
+    QVERIFY(!Program(folders).autosave.recoverable(folders.file));
+}
+
+void tst_Autosave::remainsThatALivingProgramTookAreNotRecovered()
+{
+    const Folders folders;
+    leaveBehind(folders, QStringLiteral("5"));
+    Program asking(folders);
+    const Recovery recovery = *asking.autosave.recoverable(folders.file);
+    Program other(folders, folders.file);
+    other.editAndSave(QStringLiteral("6"));
+    QVERIFY(!asking.autosave.recover(recovery, &asking.fault));
+    QCOMPARE(asking.fault.file, folders.autosaveFile);
+    QVERIFY(!asking.document.show());
 }
 
 // --- Places that cannot be written ---
@@ -818,6 +891,32 @@ void tst_Autosave::autosaveInTheDataFolderIsRecoverable()
     QCOMPARE(numberIn(contentOf(recovery->autosaveFile)), 6);
 }
 
+void tst_Autosave::placeBesideTheFileThatFailsLaterIsReplaced()
+{
+    const Folders folders;
+    {
+        Program program(folders, folders.file);
+        program.editAndSave(QStringLiteral("1"));
+        QVERIFY(QFile::remove(folders.autosaveFile));
+        QVERIFY(QFile::link(folders.root.filePath(QStringLiteral("no folder/a")),
+                            folders.autosaveFile)); // through which nothing can be written
+        program.editAndSave(QStringLiteral("2"));
+        QVERIFY(!QFileInfo(folders.autosaveFile).isSymLink());
+        program.editAndSave(QStringLiteral("3"));
+        QCOMPARE(program.failed.count(), 0);
+        QCOMPARE(program.unavailable.count(), 0);
+        QCOMPARE(folders.besideTheShow(), onlyTheShow);
+    }
+    Program program(folders);
+    const std::optional<Recovery> recovery = program.autosave.recoverable(folders.file);
+    QVERIFY(recovery);
+    QVERIFY(program.autosave.recover(*recovery, &program.fault));
+    QCOMPARE(numberIn(program.document.text()), 3);
+    QVERIFY(program.document.save(&program.fault));
+    program.autosave.close();
+    QCOMPARE(folders.kept(), QStringList());
+}
+
 void tst_Autosave::noPlaceAtAllIsToldOnce()
 {
     const Folders folders;
@@ -839,6 +938,7 @@ void tst_Autosave::noPlaceAtAllIsToldOnce()
 void tst_Autosave::failureIsToldOnceUntilItWorksAgain()
 {
     const Folders folders;
+    QVERIFY(write(folders.data, "not a folder"));
     Program program(folders, folders.file);
     for (int round = 1; round <= 2; ++round) {
         QVERIFY(QDir().mkdir(folders.autosaveFile));
