@@ -50,33 +50,31 @@ bool TypingSteps::eventFilter(QObject *receiver, QEvent *event)
     case QEvent::KeyPress: {
         const auto *key = static_cast<QKeyEvent *>(event);
         if (receiver == QApplication::focusWidget() && !isModifier(key->key()))
-            noteKey(receiver, isTyping(*key) && isField(receiver));
+            noteKey(receiver, isTyping(*key) && isField(receiver), key->isAutoRepeat());
         break;
     }
     case QEvent::MouseButtonPress:
     case QEvent::Wheel:
-    case QEvent::Drop: end(); break;
+    case QEvent::Drop: startStep(); break;
     default: break;
     }
     return false;
 }
 
-void TypingSteps::noteKey(QObject *receiver, bool isTyping)
+void TypingSteps::noteKey(QObject *receiver, bool isTyping, bool isRepeated)
 {
-    if (!isTyping) {
-        end();
-        return;
-    }
-    if (m_field != receiver || m_sinceKey.elapsed() > longestPauseMs)
-        ++m_step;
-    m_field = receiver;
+    const bool isSame = m_receiver == receiver;
+    const bool isTypedOn = isTyping && m_isTyping && m_sinceKey.elapsed() <= longestPauseMs;
+    if (!isSame || !(isRepeated || isTypedOn))
+        startStep();
+    m_receiver = receiver;
+    m_isTyping = isTyping;
     m_sinceKey.start();
-    m_document.setStepToken(m_step);
 }
 
-void TypingSteps::end()
+void TypingSteps::startStep()
 {
-    m_field = nullptr;
+    m_receiver = nullptr;
     m_document.setStepToken(++m_step);
 }
 

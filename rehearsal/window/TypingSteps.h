@@ -10,7 +10,7 @@ class ShowDocument;
 
 /// Makes what is typed into one field in one go one step to undo: letter follows letter within a
 /// second. Any other key, and any click, ends it; all that comes of that is one step, what is done in
-/// the dialogs that it opens included.
+/// the dialogs that it opens included. A key that is held down is one key.
 class TypingSteps final : public QObject
 {
     Q_OBJECT
@@ -23,11 +23,12 @@ protected:
     bool eventFilter(QObject *receiver, QEvent *event) override;
 
 private:
-    void noteKey(QObject *receiver, bool isTyping);
-    void end();
+    void noteKey(QObject *receiver, bool isTyping, bool isRepeated);
+    void startStep();
 
     ShowDocument &m_document;
-    QPointer<QObject> m_field;
+    QPointer<QObject> m_receiver; ///< of the newest key; null after a click
+    bool m_isTyping = false;      ///< the newest key was typing into a field
     QElapsedTimer m_sinceKey;
     quint64 m_step = 0;
 };

@@ -62,6 +62,7 @@ private slots:
     void whatIsTypedIntoTwoFieldsIsTwoSteps();
     void whatIsTypedBeforeAndAfterAClickIsTwoSteps();
     void whatIsTypedBeforeAndAfterAPauseIsTwoSteps();
+    void keyThatIsHeldIsOneStep();
     void undoInAFieldTakesBackAllThatWasTyped();
     void undoInAParameterTakesBackAllThatWasTyped();
     void openCellHasItsOwnUndo();
@@ -168,7 +169,7 @@ void tst_WindowUndo::manyStepsBackAndForth()
         if (contentOf(scene) != contents.last())
             contents.append(contentOf(scene));
     };
-    while (contents.size() <= 60) {
+    while (contents.size() <= 110) {
         const quint32 eid = 1 + random.bounded(3u);
         const QString number = QString::number(random.bounded(1, 400) / 20.0);
         switch (random.bounded(7)) {
@@ -331,6 +332,35 @@ void tst_WindowUndo::whatIsTypedBeforeAndAfterAPauseIsTwoSteps()
     scene.type("5");
     QCOMPARE(scene.childText(3, "startfixedtime"), QStringLiteral("25000"));
     QCOMPARE(steps(scene), 2);
+}
+
+void tst_WindowUndo::keyThatIsHeldIsOneStep()
+{
+    WindowScene scene;
+    scene.select(1);
+    press(scene, "m_levelSpinBox");
+    const int stepsBefore = steps(scene);
+    const auto hold = [&scene](Qt::Key key) {
+        for (int time = 0; time < 20; ++time) {
+            QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier, QString(), time > 0);
+            QApplication::sendEvent(&scene.focus(), &down);
+            QCoreApplication::processEvents();
+        }
+        QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier);
+        QApplication::sendEvent(&scene.focus(), &up);
+    };
+    hold(Qt::Key_Down);
+    const QString level = scene.childText(1, "level");
+    QVERIFY(level.toDouble() < 1);
+    hold(Qt::Key_Up);
+    hold(Qt::Key_Down);
+    QCOMPARE(scene.childText(1, "level"), level);
+    QCOMPARE(steps(scene), stepsBefore + 3);
+    scene.undo();
+    scene.undo();
+    QCOMPARE(scene.childText(1, "level"), level);
+    scene.undo();
+    QCOMPARE(scene.childText(1, "level"), QStringLiteral("1"));
 }
 
 void tst_WindowUndo::undoInAFieldTakesBackAllThatWasTyped()
