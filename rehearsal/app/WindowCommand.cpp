@@ -1,5 +1,6 @@
 #include "WindowCommand.h"
 
+#include "EndingSignals.h"
 #include "MainWindow.h"
 #include "ProgramIcon.h"
 #include "ShowSource.h"
@@ -50,6 +51,11 @@ ExitStatus openWindow(const WindowRequest &request, const Show::TypeSetup &types
     QGuiApplication::setDesktopFileName(QStringLiteral("rehearsal"));
     QApplication::setWindowIcon(programIcon());
     MainWindow window(types);
+    const EndingSignals endingSignals;
+    QObject::connect(&endingSignals, &EndingSignals::caught, &window, [&window](int signal) {
+        window.leaveToRecover();
+        EndingSignals::endBy(signal);
+    });
     FileFault fault;
     if (!window.start(request.showFile, &fault))
         return console.fail(fault.message());

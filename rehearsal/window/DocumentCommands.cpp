@@ -6,6 +6,7 @@
 #include "RecentFiles.h"
 #include "RenderDialog.h"
 #include "ShowDocument.h"
+#include "ShowFile.h"
 
 #include <QDir>
 #include <QFileDialog>
@@ -84,12 +85,17 @@ void DocumentCommands::openAsking(const QString &file)
 
 bool DocumentCommands::openAsking(const QString &file, FileFault *fault)
 {
-    if (const std::optional<Recovery> recovery = m_autosave.recoverable(file)) {
-        if (offer(*recovery, QFileInfo(file).fileName()) == Answer::Recover)
-            return true;
-    }
+    const std::optional<Recovery> recovery = m_autosave.recoverable(file);
+    Answer answer = Answer::Later;
+    if (recovery)
+        answer = ask(*recovery, QFileInfo(file).fileName(), faultOf(file));
+    if (answer == Answer::Recover && recover(*recovery))
+        return true;
     if (!m_document.open(file, fault))
         return false;
+    // Not before there is something else to go on with.
+    if (answer == Answer::Discard)
+        m_autosave.discard(*recovery);
     m_recentFiles.add(file);
     return true;
 }
@@ -97,35 +103,43 @@ bool DocumentCommands::openAsking(const QString &file, FileFault *fault)
 bool DocumentCommands::recoverUntitled()
 {
     for (const Recovery &recovery : m_autosave.untitledRecoverable()) {
-        const Answer answer = offer(recovery, tr("a new show"));
-        if (answer != Answer::Discard)
-            return answer == Answer::Recover;
+        const Answer answer = ask(recovery, tr("a new show"), {});
+        if (answer == Answer::Later)
+            return false;
+        if (answer == Answer::Discard)
+            m_autosave.discard(recovery);
+        else if (recover(recovery))
+            return true;
     }
     return false;
 }
 
-DocumentCommands::Answer DocumentCommands::offer(const Recovery &recovery, const QString &name)
+bool DocumentCommands::recover(const Recovery &recovery)
 {
-    m_window.show();
-    const Answer answer = ask(recovery, name);
-    if (answer == Answer::Discard)
-        m_autosave.discard(recovery);
-    if (answer != Answer::Recover)
-        return answer;
     FileFault fault;
     if (!m_autosave.recover(recovery, &fault)) {
         tell(fault);
-        return Answer::Later;
+        return false;
     }
     if (!recovery.showFile.isEmpty())
         m_recentFiles.add(recovery.showFile);
     emit said(tr("Recovered %1; it is not saved yet").arg(m_document.displayName()));
-    return answer;
+    return true;
 }
 
-// What is older than the file is not to be taken by a hasty Return.
-DocumentCommands::Answer DocumentCommands::ask(const Recovery &recovery, const QString &name)
+// Why the show cannot be opened; empty if it can be.
+QString DocumentCommands::faultOf(const QString &file) const
 {
+    FileFault fault;
+    return readShow(file, m_types, &fault) ? QString() : fault.message();
+}
+
+// What is older than the file is not to be taken by a hasty Return, and what is all that there is not to
+// be thrown away.
+DocumentCommands::Answer DocumentCommands::ask(const Recovery &recovery, const QString &name,
+                                               const QString &fault)
+{
+    m_window.show();
     QMessageBox box(QMessageBox::Question, DocumentCommands::tr("Recover"),
                     DocumentCommands::tr("The program did not end in order the last time, and left "
                                          "edits of \"%1\" that were not saved.")
@@ -134,24 +148,33 @@ DocumentCommands::Answer DocumentCommands::ask(const Recovery &recovery, const Q
     box.setObjectName(QStringLiteral("recoverBox"));
     box.setTextFormat(Qt::PlainText);
     const QString time = QLocale().toString(recovery.written, QLocale::ShortFormat);
-    box.setInformativeText(
-        recovery.isOlder
-            ? tr("They are of %1; the show was saved since then. Recover them all the same?")
-                  .arg(time)
-            : tr("They are of %1. Recover them?").arg(time));
+    const bool isOlder = recovery.isOlder && fault.isEmpty();
+    if (!fault.isEmpty())
+        box.setInformativeText(
+            tr("They are of %1. The show itself cannot be opened (%2). Recover them?")
+                .arg(time, fault));
+    else if (isOlder)
+        box.setInformativeText(
+            tr("They are of %1; the show was saved since then. Recover them all the same?")
+                .arg(time));
+    else
+        box.setInformativeText(tr("They are of %1. Recover them?").arg(time));
     QPushButton *recover = box.addButton(DocumentCommands::tr("&Recover"), QMessageBox::AcceptRole);
     recover->setObjectName(QStringLiteral("recoverButton"));
-    QPushButton *discard =
-        box.addButton(DocumentCommands::tr("&Discard Them"), QMessageBox::DestructiveRole);
-    discard->setObjectName(QStringLiteral("discardButton"));
+    QPushButton *discard = nullptr;
+    if (fault.isEmpty()) {
+        discard =
+            box.addButton(DocumentCommands::tr("&Discard Them"), QMessageBox::DestructiveRole);
+        discard->setObjectName(QStringLiteral("discardButton"));
+    }
     QPushButton *later = box.addButton(DocumentCommands::tr("&Later"), QMessageBox::RejectRole);
     later->setObjectName(QStringLiteral("laterButton"));
-    box.setDefaultButton(recovery.isOlder ? later : recover);
+    box.setDefaultButton(isOlder ? later : recover);
     box.setEscapeButton(later);
     box.exec();
     if (box.clickedButton() == recover)
         return Answer::Recover;
-    return box.clickedButton() == discard ? Answer::Discard : Answer::Later;
+    return discard && box.clickedButton() == discard ? Answer::Discard : Answer::Later;
 }
 
 // --- Files ---

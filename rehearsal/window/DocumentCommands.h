@@ -44,7 +44,7 @@ public:
     bool mayLeave();
 
     /// Opens a show, or what a crash left of it if the user wants that. False and a fault if it
-    /// could not be opened.
+    /// could not be opened; then nothing of it was discarded.
     bool openAsking(const QString &file, FileFault *fault);
     /// Offers what a crash left of shows that never had a file. True if the user took one.
     bool recoverUntitled();
@@ -60,8 +60,9 @@ private:
 
     void takeTyped();
     void openAsking(const QString &file);
-    Answer offer(const Recovery &recovery, const QString &name);
-    Answer ask(const Recovery &recovery, const QString &name);
+    Answer ask(const Recovery &recovery, const QString &name, const QString &fault);
+    bool recover(const Recovery &recovery);
+    QString faultOf(const QString &file) const;
     enum class Overwriting { Replace, SaveAs, Cancel };
     Overwriting askToOverwrite();
     QString folder() const;

@@ -77,6 +77,7 @@ MainWindow::MainWindow(const Show::TypeSetup &types)
       m_effectBox(new QComboBox(this)),
       m_editorDock(new EditorDock(this)),
       m_transport(new TransportBar(m_playback, m_actions.transport(), this)),
+      m_untitledNote(new QLabel(tr("A crash left an unsaved show: File > New offers it"), this)),
       m_autosaveWarning(new QLabel(tr("No autosave"), this)),
       m_hint(new QLabel(this))
 {
@@ -124,6 +125,12 @@ void MainWindow::layOut()
     m_hint->setObjectName(QStringLiteral("hint"));
     statusBar()->addWidget(m_hint, 1);
     m_hint->setTextFormat(Qt::PlainText);
+    m_untitledNote->setObjectName(QStringLiteral("untitledNote"));
+    m_untitledNote->setTextFormat(Qt::PlainText);
+    m_untitledNote->setToolTip(tr("The program did not end in order, and left edits of a show that "
+                                  "was never saved. File > New offers them."));
+    m_untitledNote->hide();
+    statusBar()->addPermanentWidget(m_untitledNote);
     m_autosaveWarning->setObjectName(QStringLiteral("autosaveWarning"));
     m_autosaveWarning->hide();
     statusBar()->addPermanentWidget(m_autosaveWarning);
@@ -236,8 +243,10 @@ void MainWindow::takeShow(ShowDocument::Replacement replacement)
     else
         m_playback.setShow(show);
     m_timeline->refresh(); // building an editor may have written to the effects
-    if (!isRebuilt)
+    if (!isRebuilt) {
         tellUnknownTypes();
+        tellUntitled();
+    }
 }
 
 void MainWindow::chooseEffect(int index)
@@ -304,6 +313,12 @@ void MainWindow::tellUnknownTypes()
         statusBar()->showMessage(
             tr("Effects of types that are not known here are kept, and stay dark: %1")
                 .arg(types.join(QStringLiteral(", "))));
+}
+
+// Without a question, which would stand in front of a show that is to start.
+void MainWindow::tellUntitled()
+{
+    m_untitledNote->setVisible(!m_autosave.untitledRecoverable().isEmpty());
 }
 
 // --- Playing ---

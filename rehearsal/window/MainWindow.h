@@ -35,6 +35,9 @@ public:
     /// False and a fault when the file cannot be opened and nothing of it can be recovered.
     bool start(const QString &file, FileFault *fault);
 
+    /// The program ends without a question: what is not saved is left to be recovered.
+    void leaveToRecover() { m_autosave.saveNow(); }
+
     ShowDocument &document() { return m_document; }
     Playback &playback() { return m_playback; }
 
@@ -69,6 +72,7 @@ private:
     void refreshTitle();
     void refreshHistory();
     void tellUnknownTypes();
+    void tellUntitled();
     void step(double seconds);
     void showFullScreenStage(bool on);
     void showAbout();
@@ -87,6 +91,7 @@ private:
     QComboBox *m_effectBox; ///< the show's top-level effects; hidden where there is one
     EditorDock *m_editorDock;
     TransportBar *m_transport;
+    QLabel *m_untitledNote;    ///< in the status bar: a crash left a show without a file
     QLabel *m_autosaveWarning; ///< in the status bar: there is no autosave
     QLabel *m_hint;            ///< in the status bar: what is under the cursor
 

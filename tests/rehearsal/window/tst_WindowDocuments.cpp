@@ -20,6 +20,17 @@ const QByteArray sequence =
     "<Effect name=\"On\" startTime=\"0\" endTime=\"1500\"/>\n"
     "</EffectLayer></Element>\n</ElementEffects>\n</xsequence>\n";
 
+/// What a crash left of a show without a file.
+QString leaveUntitled(const char *name, const QByteArray &content)
+{
+    const QDir data(rehearsal::Autosave::standardDataFolder());
+    QFile left(data.filePath(QStringLiteral("untitled-%1.autosave").arg(QLatin1String(name))));
+    if (!data.mkpath(".") || !left.open(QIODevice::WriteOnly)
+        || left.write(content) != content.size())
+        qFatal("nothing can be left behind");
+    return left.fileName();
+}
+
 /// Whether the drop was taken.
 bool drop(WindowScene &scene, const QStringList &files)
 {
@@ -107,7 +118,13 @@ private slots:
     void savesWhatStillStandsInAField();
     void replacesWhatAnotherProgramWroteOnlyWhenTold();
     void olderRemainsAreNotRecoveredByReturn();
+    void remainsAreDiscardedOnceTheFileIsOpened_data();
+    void remainsAreDiscardedOnceTheFileIsOpened();
+    void remainsOfABadFileAreNotToBeDiscarded_data();
+    void remainsOfABadFileAreNotToBeDiscarded();
     void newOffersWhatACrashLeftOfAnother();
+    void newOffersTheNextIfOneCannotBeRecovered();
+    void whatACrashLeftOfAnotherIsToldWithoutAQuestion();
     void missingAutosaveStaysInSight();
     void savesAs();
     void untitledIsSavedAs();
@@ -277,20 +294,104 @@ void tst_WindowDocuments::olderRemainsAreNotRecoveredByReturn()
     QCOMPARE(WindowScene::read(left), minuteShow());
 }
 
+void tst_WindowDocuments::remainsAreDiscardedOnceTheFileIsOpened_data()
+{
+    QTest::addColumn<bool>("isOpened");
+    QTest::newRow("whole") << true;
+    QTest::newRow("damaged while the question is open") << false;
+}
+
+void tst_WindowDocuments::remainsAreDiscardedOnceTheFileIsOpened()
+{
+    QFETCH(bool, isOpened);
+    WindowScene scene(WindowScene::WithoutShow);
+    const QString file = scene.write("b.show", twoEffectsShow());
+    const QString left = scene.write("b.show.autosave", minuteShow());
+    const BoxUser user({[&](QDialog &dialog) {
+        if (!isOpened)
+            scene.write("b.show", twoEffectsShow().first(900));
+        BoxUser::click("discardButton")(dialog);
+    }});
+    rehearsal::FileFault fault;
+    QCOMPARE(scene.window.start(file, &fault), isOpened);
+    QCOMPARE(user.seen, QStringList({"recoverBox"}));
+    QCOMPARE(QFile::exists(left), !isOpened);
+}
+
+void tst_WindowDocuments::remainsOfABadFileAreNotToBeDiscarded_data()
+{
+    QTest::addColumn<bool>("isThere");
+    QTest::newRow("missing") << false;
+    QTest::newRow("damaged") << true;
+}
+
+void tst_WindowDocuments::remainsOfABadFileAreNotToBeDiscarded()
+{
+    QFETCH(bool, isThere);
+    WindowScene scene(WindowScene::WithoutShow);
+    const QString file = scene.path("b.show");
+    scene.write("b.show.autosave", twoEffectsShow());
+    QTest::qSleep(20);
+    if (isThere)
+        scene.write("b.show", twoEffectsShow().first(900));
+    QString told;
+    bool isOffered = true;
+    const BoxUser user({[&](QDialog &dialog) {
+        told = static_cast<QMessageBox &>(dialog).informativeText();
+        isOffered = dialog.findChild<QPushButton *>("discardButton");
+        QTest::keyClick(&dialog, Qt::Key_Return);
+    }});
+    rehearsal::FileFault fault;
+    QVERIFY(scene.window.start(file, &fault));
+    QCOMPARE(user.seen, QStringList({"recoverBox"}));
+    QVERIFY2(told.contains("cannot be opened") && told.contains(file), qPrintable(told));
+    QVERIFY(!isOffered);
+    QCOMPARE(scene.document().show()->effects().size(), 2);
+    QVERIFY(scene.window.isWindowModified());
+}
+
 void tst_WindowDocuments::newOffersWhatACrashLeftOfAnother()
 {
     WindowScene scene;
-    const QDir data(rehearsal::Autosave::standardDataFolder());
-    QVERIFY(data.mkpath("."));
-    QVERIFY(QFile::copy(scene.write("c.show", twoEffectsShow()),
-                        data.filePath("untitled-left.autosave")));
+    const QString left = leaveUntitled("left", twoEffectsShow());
     const BoxUser user({BoxUser::click("recoverButton")});
     scene.trigger("newAction");
     QCOMPARE(user.seen, QStringList({"recoverBox"}));
     QCOMPARE(scene.document().show()->effects().size(), 2);
     QCOMPARE(scene.document().file(), QString());
     QVERIFY(scene.window.isWindowModified());
-    QVERIFY(QFile::remove(data.filePath("untitled-left.autosave")));
+    QVERIFY(QFile::remove(left));
+}
+
+void tst_WindowDocuments::newOffersTheNextIfOneCannotBeRecovered()
+{
+    WindowScene scene;
+    const QString older = leaveUntitled("older", twoEffectsShow());
+    QTest::qSleep(20);
+    const QString newer = leaveUntitled("newer", twoEffectsShow().first(900));
+    const BoxUser user({BoxUser::click("recoverButton"), BoxUser::press(QMessageBox::Ok),
+                        BoxUser::click("recoverButton")});
+    scene.trigger("newAction");
+    QCOMPARE(user.seen, QStringList({"recoverBox", "faultBox", "recoverBox"}));
+    QCOMPARE(scene.document().show()->effects().size(), 2);
+    QVERIFY(scene.window.isWindowModified());
+    QVERIFY(QFile::remove(older));
+    QVERIFY(QFile::remove(newer));
+}
+
+void tst_WindowDocuments::whatACrashLeftOfAnotherIsToldWithoutAQuestion()
+{
+    const QString left = leaveUntitled("left", twoEffectsShow());
+    const BoxUser user({BoxUser::click("recoverButton")});
+    WindowScene scene;
+    const auto &note = scene.part<QLabel>("untitledNote");
+    QVERIFY(note.isVisible());
+    QCOMPARE(user.seen, QStringList());
+    QCOMPARE(scene.document().file(), scene.file);
+    scene.trigger("newAction");
+    QCOMPARE(user.seen, QStringList({"recoverBox"}));
+    QVERIFY(!note.isVisible());
+    QVERIFY(QFile::remove(left));
 }
 
 void tst_WindowDocuments::missingAutosaveStaysInSight()

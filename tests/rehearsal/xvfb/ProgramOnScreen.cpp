@@ -4,6 +4,8 @@
 #include <QSettings>
 #include <QTest>
 
+#include <csignal>
+
 namespace {
 
 constexpr int patienceMs = 60000;
@@ -105,6 +107,13 @@ void ProgramOnScreen::kill()
 {
     m_process.kill();
     m_process.waitForFinished(patienceMs);
+}
+
+int ProgramOnScreen::endBy(int signal)
+{
+    ::kill(static_cast<pid_t>(m_process.processId()), signal);
+    const bool isEnded = m_process.waitForFinished(patienceMs);
+    return isEnded && m_process.exitStatus() == QProcess::CrashExit ? m_process.exitCode() : 0;
 }
 
 int ProgramOnScreen::waitForEnd()

@@ -42,6 +42,8 @@ public:
     bool isRunning() const { return m_process.state() == QProcess::Running; }
     /// Ends it without a chance to do anything about it.
     void kill();
+    /// Sends it a signal, and tells which one it ended by; 0 if by none.
+    int endBy(int signal);
     /// Its exit status; -1 if it does not end, or not in order.
     int waitForEnd();
     QByteArray errors() { return m_process.readAllStandardError(); }

@@ -6,6 +6,8 @@
 #include <QJsonObject>
 #include <QLoggingCategory>
 
+#include <csignal>
+
 namespace {
 
 constexpr int autosaveSeconds = 2;
@@ -26,6 +28,8 @@ private slots:
     void whatIsOlderThanTheIntervalIsRecovered();
     void whatIsLeftIsKeptForLaterOrDiscarded();
     void aShowWithoutAFileIsRecovered();
+    void signalLosesNoEdit_data();
+    void signalLosesNoEdit();
 
 private:
     void dieEditing();
@@ -189,6 +193,31 @@ void TestRecoveryOnScreen::aShowWithoutAFileIsRecovered()
     QVERIFY(shown.goToMain());
     ScreenUser::press({"ctrl+q"});
     QCOMPARE(shown.waitForEnd(), 0);
+}
+
+void TestRecoveryOnScreen::signalLosesNoEdit_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("hangup") << SIGHUP;
+    QTest::newRow("interrupt") << SIGINT;
+    QTest::newRow("termination") << SIGTERM;
+}
+
+void TestRecoveryOnScreen::signalLosesNoEdit()
+{
+    QFETCH(int, signal);
+    ProgramOnScreen::setAutosaveSeconds(m_folder->path(), 30);
+    std::signal(signal, SIG_DFL); // what this ignores, a program that it starts ignores as well
+    ProgramOnScreen shown(m_folder->path(), {"a.show"});
+    QVERIFY(shown.goToMain());
+    const WindowTwin twin(m_example, shown.area().size());
+    ShowEditing::typeClockStart(shown, twin, "8");
+    ScreenUser::press({"Tab"});
+    QTRY_COMPARE_WITH_TIMEOUT(shown.title(), QStringLiteral("a.show* – Rehearsal"), 30000);
+    QVERIFY(!files().contains("a.show.autosave"));
+    QCOMPARE(shown.endBy(signal), signal);
+    QCOMPARE(clockStart("a.show.autosave"), QStringLiteral("8000"));
+    QCOMPARE(read("a.show"), m_example);
 }
 
 QTEST_MAIN(TestRecoveryOnScreen)
