@@ -51,6 +51,7 @@ ExitStatus openWindow(const WindowRequest &request, const Show::TypeSetup &types
     QGuiApplication::setDesktopFileName(QStringLiteral("rehearsal"));
     QApplication::setWindowIcon(programIcon());
     MainWindow window(types);
+    window.fitToScreen();
     const EndingSignals endingSignals;
     QObject::connect(&endingSignals, &EndingSignals::caught, &window, [&window](int signal) {
         window.leaveToRecover();

@@ -23,9 +23,11 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QScreen>
 #include <QSettings>
 #include <QSignalBlocker>
 #include <QStatusBar>
+#include <QStyle>
 #include <QToolButton>
 
 #include <algorithm>
@@ -136,6 +138,13 @@ void MainWindow::layOut()
     statusBar()->addPermanentWidget(m_autosaveWarning);
     statusBar()->addPermanentWidget(new FrameMeter(m_playback, this));
     resize(usualSize);
+}
+
+void MainWindow::fitToScreen()
+{
+    // What the system puts around the window is not known before it is seen.
+    const QSize frame(0, style()->pixelMetric(QStyle::PM_TitleBarHeight));
+    resize(size().boundedTo(screen()->availableSize() - frame));
 }
 
 void MainWindow::resetLayout()

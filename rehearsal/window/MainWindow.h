@@ -31,6 +31,9 @@ public:
     explicit MainWindow(const Show::TypeSetup &types);
     ~MainWindow() override;
 
+    /// Makes the window smaller where the screen has no room for it.
+    void fitToScreen();
+
     /// Opens what the program was started with; without a file, what a crash left or a new show.
     /// False and a fault when the file cannot be opened and nothing of it can be recovered.
     bool start(const QString &file, FileFault *fault);

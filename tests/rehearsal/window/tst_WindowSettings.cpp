@@ -5,6 +5,7 @@
 
 #include <QMenuBar>
 #include <QRegularExpression>
+#include <QScreen>
 #include <QSettings>
 #include <QStatusBar>
 
@@ -19,6 +20,7 @@ private slots:
 
     void usualSettings();
     void loopAndPackedAreRemembered();
+    void windowIsNoLargerThanTheScreen();
     void layoutIsRemembered();
     void layoutIsReset();
     void appearanceIsAppliedAndRemembered_data();
@@ -77,6 +79,22 @@ void tst_WindowSettings::loopAndPackedAreRemembered()
     WindowScene scene;
     QVERIFY(scene.playback().isLooping());
     QVERIFY(scene.timeline().isPacked());
+}
+
+void tst_WindowSettings::windowIsNoLargerThanTheScreen()
+{
+    WindowScene scene;
+    const QSize room = scene.window.screen()->availableSize();
+    QVERIFY(scene.window.width() > room.width());
+
+    scene.window.fitToScreen();
+    QCOMPARE(scene.window.width(), room.width());
+    QVERIFY(scene.window.height() < room.height()); // with a title above it
+    QVERIFY(scene.window.height() > room.height() * 9 / 10);
+
+    scene.window.resize(700, 650);
+    scene.window.fitToScreen();
+    QCOMPARE(scene.window.size(), QSize(700, 650));
 }
 
 void tst_WindowSettings::layoutIsRemembered()
