@@ -103,9 +103,7 @@ void FrameRenderer::lendPriority(Effect &child, std::size_t position, const Fram
     }
     keys::priority.writeText(child, texts.raisedText);
     child.updateLights(frame.time, frame.arg);
-    // Where nothing was added and the child left its priority alone, there is nothing to give back.
-    if (raised != own || unsignedPriority(child) != own)
-        keys::priority.writeText(child, texts.ownText);
+    keys::priority.writeText(child, texts.ownText);
 }
 
 } // namespace meta

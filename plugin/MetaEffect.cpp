@@ -15,6 +15,7 @@
 #include <QTextStream>
 
 #include <algorithm>
+#include <utility>
 
 using meta::Millis;
 namespace keys = meta::keys;
@@ -161,9 +162,17 @@ void MetaEffect::stopChildren()
 
 // --- Looking up ---
 
+std::optional<quint32> MetaEffect::asEid(unsigned long number)
+{
+    if (!std::in_range<quint32>(number))
+        return {};
+    return static_cast<quint32>(number);
+}
+
 Effect *MetaEffect::getEffect(unsigned long eid) const
 {
-    return m_roster.find(static_cast<quint32>(eid));
+    const auto known = asEid(eid);
+    return known ? m_roster.find(*known) : nullptr;
 }
 
 EffectList MetaEffect::getEffects() const
@@ -204,24 +213,28 @@ void MetaEffect::cutEffect(QTextStream &stream)
     refreshWidgets();
 }
 
-// An open editor gets its rows one by one, but shows only the last child, and that when all are there
-// and their times are resolved: what it shows it writes back, and a link to a child that is still to
-// come cannot be shown.
+// An open editor gets its rows one by one, and each child's end counts as it comes. But it shows only
+// the last child, and that when all are there and their times are resolved: what it shows it writes
+// back, and a link to a child that is still to come cannot be shown.
 void MetaEffect::pasteEffect(QString &text)
 {
     const QStringList pieces = transfer::pieces(text);
     QPointer<Effect> last;
-    {
-        const QScopedValueRollback pasting(m_isPasting, true);
-        for (const QString &piece : pieces) {
-            Effect *child = m_effectLib ? m_effectLib->createEffect(piece) : nullptr;
-            if (!child)
-                continue;
-            keys::eid.write(*child, m_roster.nextEid());
-            keys::name.writeText(*child, QStringLiteral("Copy of ") + keys::name.readText(*child));
+    Millis end = latestEnd();
+    for (const QString &piece : pieces) {
+        Effect *child = m_effectLib ? m_effectLib->createEffect(piece) : nullptr;
+        if (!child)
+            continue;
+        keys::eid.write(*child, m_roster.nextEid());
+        keys::name.writeText(*child, QStringLiteral("Copy of ") + keys::name.readText(*child));
+        {
+            const QScopedValueRollback pasting(m_isPasting, true);
             addChild(child);
-            last = child;
         }
+        last = child;
+        end = std::max(end, keys::end.read(*child));
+        if (m_editor)
+            takeEnd(end);
     }
     updateEffectTimes();
     if (m_editor && last)
@@ -307,8 +320,12 @@ void MetaEffect::updateEffectTime(Effect *child)
 
 void MetaEffect::updateEndTime()
 {
+    takeEnd(latestEnd());
+}
+
+void MetaEffect::takeEnd(Millis newEnd)
+{
     const Millis oldEnd = keys::end.read(*this);
-    const Millis newEnd = latestEnd();
     keys::end.write(*this, newEnd);
     if (newEnd == oldEnd)
         return;

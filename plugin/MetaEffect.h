@@ -9,6 +9,7 @@
 #include "TimeResolver.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 class Group;
@@ -58,7 +59,8 @@ public:
 
     // --- Looking up. ---
 
-    /// The first child, in list order, with that eid; null if there is none.
+    /// The first child, in list order, with that eid; null if there is none. An eid has 32 bits; here
+    /// and below a larger number matches nothing.
     Effect *getEffect(unsigned long eid) const;
     /// The children, in list order; the list is the caller's, the effects are not.
     EffectList getEffects() const;
@@ -146,8 +148,19 @@ signals:
     /// The own end is now at `end` ms.
     void endTimeChanged(unsigned long end);
 
+protected:
+    /// The own light group as the last init() found it; null for none. It is the map's, and may be
+    /// gone when the map has lost it since.
+    Group *group() const { return m_group; }
+    /// The children that are cut, copied and deleted: those selected in the open editor, which
+    /// selects one at most.
+    EffectList &selection() { return m_roster.selection(); }
+
 private:
+    /// Nothing for a number that is no eid.
+    static std::optional<quint32> asEid(unsigned long number);
     meta::Millis latestEnd() const;
+    void takeEnd(meta::Millis newEnd);
     void adopt(Effect &child) override;
     void setDirty(bool dirty) override;
     meta::EditorContext editorContext();

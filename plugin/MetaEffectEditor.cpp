@@ -44,13 +44,15 @@ void MetaEffect::addToWidget(Effect *child, int row)
 
 int MetaEffect::getRow(unsigned long eid)
 {
-    return m_editor ? m_editor->table().getRow(static_cast<quint32>(eid)) : -1;
+    const auto known = asEid(eid);
+    return m_editor && known ? m_editor->table().getRow(*known) : -1;
 }
 
 void MetaEffect::removeFromTable(unsigned long eid)
 {
-    if (m_editor)
-        m_editor->table().removeFromTable(static_cast<quint32>(eid));
+    const auto known = asEid(eid);
+    if (m_editor && known)
+        m_editor->table().removeFromTable(*known);
 }
 
 void MetaEffect::resizeTable()

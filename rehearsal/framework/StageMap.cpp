@@ -1,6 +1,7 @@
 #include "StageMap.h"
 
 #include <algorithm>
+#include <utility>
 
 using rehearsal::StageGroup;
 using rehearsal::StageLight;
@@ -36,6 +37,8 @@ GroupTypeEnum Group::groupType() const
 
 Group *MapModel::getGroup(unsigned long gid) const
 {
+    if (!std::in_range<quint32>(gid))
+        return nullptr;
     return static_cast<const StageMap *>(this)->group(static_cast<quint32>(gid));
 }
 

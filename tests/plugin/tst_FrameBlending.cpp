@@ -16,6 +16,8 @@ private slots:
     void transparencyFollowsTheFades_data();
     void transparencyFollowsTheFades();
     void transparencyFollowsTheParents();
+    void transparencyIsWrittenOnceAFrame_data();
+    void transparencyIsWrittenOnceAFrame();
     void stoppedChildKeepsItsTransparency();
 
     void priorityIsLentForTheFrame_data();
@@ -69,6 +71,12 @@ void tst_FrameBlending::transparencyFollowsTheFades_data()
     QTest::newRow("fade of 1 ms, behind it") << 0.2 << 9000u << 1u << 0u << 1u << "0.2";
     QTest::newRow("longest fade in") << 0.0 << largest << largest << 0u << 42949673u << "0.99";
 
+    // A float has seven digits.
+    QTest::newRow("long fade in, last ms")
+        << 0.0 << 43000000u << 40000000u << 0u << 39999999u << "2.5e-08";
+    QTest::newRow("long fade out, first ms")
+        << 0.0 << 43000000u << 0u << 40000000u << 2999001u << "2.5e-08";
+
     QTest::newRow("not yet fading out") << 0.2 << 9000u << 0u << 1000u << 7000u << "0.2";
     QTest::newRow("fading out, first ms") << 0.2 << 9000u << 0u << 1000u << 7001u << "0.201";
     QTest::newRow("fading out, half") << 0.2 << 9000u << 0u << 1000u << 7500u << "0.6";
@@ -118,6 +126,36 @@ void tst_FrameBlending::transparencyFollowsTheParents()
         texts.append(child->text("transparency"));
     }
     QCOMPARE(texts, expected);
+}
+
+void tst_FrameBlending::transparencyIsWrittenOnceAFrame_data()
+{
+    QTest::addColumn<quint32>("fadeIn");
+    QTest::addColumn<quint32>("fadeOut");
+    QTest::addColumn<QString>("text");
+
+    // Half way through a child of 2 s.
+    QTest::newRow("between the fades") << 1000u << 1000u << "0.2";
+    QTest::newRow("fading in") << 2000u << 0u << "0.6";
+    QTest::newRow("fading out") << 0u << 4000u << "0.8";
+    QTest::newRow("in both fades") << 2000u << 4000u << "0.8";
+}
+
+void tst_FrameBlending::transparencyIsWrittenOnceAFrame()
+{
+    QFETCH(quint32, fadeIn);
+    QFETCH(quint32, fadeOut);
+    QFETCH(QString, text);
+    FramePlaying playing;
+    playing.settings.transparency = 0.2;
+    StubEffect *child = playing.add(1, 0, 2000);
+    child->with("fadein", fadeIn).with("fadeout", fadeOut).with("transparency", 0.5);
+    child->changes.clear();
+
+    playing.frameAt(1000);
+
+    QCOMPARE(child->changes.filter(QStringLiteral("transparency")),
+             QStringList{QStringLiteral("transparency=") + text});
 }
 
 void tst_FrameBlending::stoppedChildKeepsItsTransparency()
@@ -226,31 +264,45 @@ void tst_FrameBlending::priorityLentFollowsTheParents()
 
 void tst_FrameBlending::childThatChangesItsPriorityWhileDrawingGetsItsOwnBack_data()
 {
+    QTest::addColumn<QString>("own");
     QTest::addColumn<int>("parents");
     QTest::addColumn<QString>("changed");
 
-    QTest::newRow("nothing lent, another number") << 0 << "99";
-    QTest::newRow("nothing lent, not a number") << 0 << "abc";
-    QTest::newRow("nothing lent, negative") << 0 << "-7";
-    QTest::newRow("lent, another number") << 10 << "99";
-    QTest::newRow("lent, its own number") << 10 << "7";
-    QTest::newRow("lent, not a number") << 10 << "abc";
+    QTest::newRow("nothing lent, another number") << "7" << 0 << "99";
+    QTest::newRow("nothing lent, not a number") << "7" << 0 << "abc";
+    QTest::newRow("nothing lent, negative") << "7" << 0 << "-7";
+    QTest::newRow("nothing lent, nothing") << "7" << 0 << "";
+    QTest::newRow("lent, another number") << "7" << 10 << "99";
+    QTest::newRow("lent, its own number") << "7" << 10 << "7";
+    QTest::newRow("lent, not a number") << "7" << 10 << "abc";
+    // These read as the same number.
+    QTest::newRow("nothing lent, leading zeros") << "7" << 0 << "007";
+    QTest::newRow("nothing lent, blanks and a sign") << "7" << 0 << " +7 ";
+    QTest::newRow("nothing lent, own 0, not a number") << "0" << 0 << "abc";
+    QTest::newRow("nothing lent, own 0, negative") << "0" << 0 << "-7";
+    QTest::newRow("nothing lent, own 0, nothing") << "0" << 0 << "";
+    QTest::newRow("nothing lent, own 0, too large") << "0" << 0 << "4294967296";
+    QTest::newRow("nothing lent, beyond int") << "4294967295" << 0 << "04294967295";
+    QTest::newRow("lent, the same raised") << "7" << 10 << "017";
 }
 
 void tst_FrameBlending::childThatChangesItsPriorityWhileDrawingGetsItsOwnBack()
 {
+    QFETCH(QString, own);
     QFETCH(int, parents);
     QFETCH(QString, changed);
     FramePlaying playing;
     playing.settings.priority = parents;
     StubEffect *child = playing.add(1, 0, 1000);
-    child->with("priority", 7);
+    child->with("priority", own);
     child->whileDrawing = [&changed](StubEffect &drawn) { drawn.with("priority", changed); };
 
     playing.frameAt(100);
+    QCOMPARE(child->text("priority"), own);
 
-    QCOMPARE(child->draws, 1);
-    QCOMPARE(child->text("priority"), QStringLiteral("7"));
+    playing.frameAt(200);
+    QCOMPARE(child->draws, 2);
+    QCOMPARE(child->text("priority"), own);
 }
 
 void tst_FrameBlending::stoppedChildIsHandedTheFrameToo()
@@ -265,7 +317,7 @@ void tst_FrameBlending::stoppedChildIsHandedTheFrameToo()
 
     QCOMPARE(child->draws, 0);
     QCOMPARE(child->frameTime(), QTime(12, 0, 0, 300));
-    QCOMPARE(child->frameArg(), 77u);
+    QCOMPARE(child->frameArg(), 77ul);
     QCOMPARE(child->changes, QStringList({"priority=15", "priority=5"}));
 }
 

@@ -5,6 +5,7 @@
 #include <QRegularExpression>
 #include <QTest>
 
+#include <limits>
 #include <optional>
 
 class tst_MetaEffect : public QObject
@@ -18,6 +19,7 @@ private slots:
     void newEffectHasItsTypeAndItsTwoParameters();
     void newEffectIsCleanAndEmpty();
     void newEffectTellsItsVersion();
+    void secondArgumentIsTheBases();
     void loopPropertySwitchesTheLoop();
     void brightnessPropertyScalesTheLights();
 
@@ -28,9 +30,13 @@ private slots:
     void initTakesTheLatestEnd();
     void initSortsTheChildren();
     void initRestartsTheClock();
+    void initWritesTheTimesBeforeItSortsAndStartsTheClock();
     void initClearsOnlyTheOwnDirtyFlag();
     void initReadsTheLights();
-    void initWithoutMapLeavesNoLights();
+    void initFindsTheOwnGroup_data();
+    void initFindsTheOwnGroup();
+    void initFindsTheOwnGroupAnew();
+    void initWithoutMapLeavesNoLightsAndNoGroup();
     void initLeavesTheChildrenAlone();
 
     void dirtyChildMakesTheEffectDirty();
@@ -40,6 +46,7 @@ private slots:
     void resetStartTimeRestartsInTheNextFrame();
     void initChildrenGoesInListOrder();
     void stopChildrenStopsEveryOne();
+    void childrenOfChildrenAreNeitherMadeReadyNorStopped();
     void setPropertyNeedsNoReaction();
 
 private:
@@ -90,6 +97,19 @@ void tst_MetaEffect::newEffectTellsItsVersion()
 
     QCOMPARE(stage.effect.getVersion(), QStringLiteral("1.9.1"));
     QCOMPARE(stage.effect.getBuildNumber(), 1);
+}
+
+// The base of this host keeps it where a frame's argument stands, until there is a frame.
+void tst_MetaEffect::secondArgumentIsTheBases()
+{
+    constexpr unsigned long argument = std::numeric_limits<unsigned long>::max() - 1;
+    MetaStage stage;
+    OpenMetaEffect effect(&stage.map, argument);
+    const StubEffect *child = stage.addTo(effect, 1);
+
+    effect.internalUpdateLights();
+
+    QCOMPARE(child->frameArg(), argument);
 }
 
 void tst_MetaEffect::loopPropertySwitchesTheLoop()
@@ -215,6 +235,33 @@ void tst_MetaEffect::initRestartsTheClock()
     QCOMPARE(stage.effect.getTotalElapsedTime(), 400ul);
 }
 
+void tst_MetaEffect::initWritesTheTimesBeforeItSortsAndStartsTheClock()
+{
+    MetaStage stage;
+    stage.effect.with("loop", QStringLiteral("0"));
+    StubEffect *child = stage.add(1);
+    stage.add(2);
+    child->with("priority", 5).with("end", 900);
+    stage.frameAt(5000);
+    stage.effect.with("begin", 70).with("end", 80);
+    QStringList journal;
+    EffectHost::setObserver(stage.effect, [&](const QString &key, const QString &text) {
+        journal.append(QStringLiteral("%1=%2, %3, at %4, dirty %5")
+                           .arg(key, text, stage.eids().join(u' '))
+                           .arg(stage.effect.getTotalElapsedTime())
+                           .arg(stage.effect.ownDirty()));
+    });
+    stage.effect.setOwnDirty(true);
+
+    stage.effect.init();
+
+    QCOMPARE(journal,
+             QStringList({"begin=0, 1 2, at 5000, dirty 1", "end=900, 1 2, at 5000, dirty 1"}));
+    QCOMPARE(stage.eids(), QStringList({"2", "1"}));
+    QCOMPARE(stage.effect.getTotalElapsedTime(), 0ul);
+    QVERIFY(!stage.effect.ownDirty());
+}
+
 void tst_MetaEffect::initClearsOnlyTheOwnDirtyFlag()
 {
     MetaStage stage;
@@ -250,7 +297,59 @@ void tst_MetaEffect::initReadsTheLights()
     QCOMPARE(second->factor(), 0.5);
 }
 
-void tst_MetaEffect::initWithoutMapLeavesNoLights()
+void tst_MetaEffect::initFindsTheOwnGroup_data()
+{
+    QTest::addColumn<QString>("gid");
+    QTest::addColumn<quint32>("uid");
+
+    // The groups are 10 and 4294967295; 0 stands for none.
+    QTest::newRow("one") << "10" << 10u;
+    QTest::newRow("the largest uid") << "4294967295" << 4294967295u;
+    QTest::newRow("none") << "0" << 0u;
+    QTest::newRow("missing") << "11" << 0u;
+    QTest::newRow("empty") << "" << 0u;
+    QTest::newRow("not a number") << "Roof" << 0u;
+    QTest::newRow("negative") << "-1" << 0u;
+    QTest::newRow("beyond 32 bits") << "4294967306" << 0u;
+}
+
+void tst_MetaEffect::initFindsTheOwnGroup()
+{
+    QFETCH(QString, gid);
+    QFETCH(quint32, uid);
+    MetaStage stage;
+    stage.map.addGroup(10, QStringLiteral("Roof"), ChasingGroup, {});
+    stage.map.addGroup(4294967295, QStringLiteral("Tree"), ChasingGroup, {});
+    stage.effect.with("gid", gid);
+    QVERIFY(!stage.effect.group());
+
+    stage.effect.init();
+
+    QCOMPARE(stage.effect.group(), stage.map.group(uid));
+    QCOMPARE(stage.effect.group() != nullptr, uid > 0);
+}
+
+void tst_MetaEffect::initFindsTheOwnGroupAnew()
+{
+    MetaStage stage;
+    const Group *group = stage.map.addGroup(10, QStringLiteral("Roof"), ChasingGroup, {});
+    stage.effect.with("gid", 10);
+    stage.effect.init();
+    QCOMPARE(stage.effect.group(), group);
+
+    stage.effect.with("gid", 0);
+    QCOMPARE(stage.effect.group(), group);
+    stage.effect.init();
+    QVERIFY(!stage.effect.group());
+
+    stage.effect.with("gid", 10);
+    stage.effect.init();
+    stage.map.removeGroup(10);
+    stage.effect.init();
+    QVERIFY(!stage.effect.group());
+}
+
+void tst_MetaEffect::initWithoutMapLeavesNoLightsAndNoGroup()
 {
     OpenMetaEffect effect(nullptr, 0);
     auto *child = new StubEffect(nullptr, 1);
@@ -265,6 +364,7 @@ void tst_MetaEffect::initWithoutMapLeavesNoLights()
 
     QCOMPARE(effect.text("end"), QStringLiteral("1000"));
     QCOMPARE(child->draws, 1);
+    QVERIFY(!effect.group());
 }
 
 void tst_MetaEffect::initLeavesTheChildrenAlone()
@@ -375,6 +475,24 @@ void tst_MetaEffect::stopChildrenStopsEveryOne()
     QVERIFY(!first->getState());
     QVERIFY(!second->getState());
     QVERIFY(stage.effect.getState());
+}
+
+void tst_MetaEffect::childrenOfChildrenAreNeitherMadeReadyNorStopped()
+{
+    MetaStage stage;
+    OpenMetaEffect *nested = stage.addNestedTo(stage.effect, 1);
+    nested->with("begin", 300);
+    nested->setState(true);
+    StubEffect *grandchild = stage.addTo(*nested, 1);
+    grandchild->setState(true);
+
+    stage.effect.initChildren();
+    QCOMPARE(nested->text("begin"), QStringLiteral("0"));
+    QCOMPARE(grandchild->inits, 0);
+
+    stage.effect.stopChildren();
+    QVERIFY(!nested->getState());
+    QVERIFY(grandchild->getState());
 }
 
 void tst_MetaEffect::setPropertyNeedsNoReaction()

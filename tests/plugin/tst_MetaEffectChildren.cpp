@@ -206,19 +206,24 @@ void tst_MetaEffectChildren::addedSubtreeTakesItsLevels()
 
 void tst_MetaEffectChildren::getEffectFindsTheFirstWithThatEid_data()
 {
-    QTest::addColumn<quint32>("eid");
+    QTest::addColumn<qulonglong>("eid");
     QTest::addColumn<int>("index");
 
     // The eids are 4, 0, 4294967295, 4, unreadable.
-    QTest::newRow("one of two") << 4u << 0;
-    QTest::newRow("0 is an eid like any other") << 0u << 1;
-    QTest::newRow("largest") << 4294967295u << 2;
-    QTest::newRow("missing") << 5u << -1;
+    QTest::newRow("one of two") << 4ull << 0;
+    QTest::newRow("0 is an eid like any other") << 0ull << 1;
+    QTest::newRow("largest") << 4294967295ull << 2;
+    QTest::newRow("missing") << 5ull << -1;
+    if constexpr (sizeof(unsigned long) > sizeof(quint32)) {
+        QTest::newRow("0 beyond 32 bits") << 4294967296ull << -1;
+        QTest::newRow("4 beyond 32 bits") << 4294967300ull << -1;
+        QTest::newRow("all bits") << 18446744073709551615ull << -1;
+    }
 }
 
 void tst_MetaEffectChildren::getEffectFindsTheFirstWithThatEid()
 {
-    QFETCH(quint32, eid);
+    QFETCH(qulonglong, eid);
     QFETCH(int, index);
     MetaStage stage;
     for (const char *text : {"4", "0", "4294967295", "4", "four"}) {

@@ -195,7 +195,7 @@ void tst_MetaEffectPlaying::frameArgumentReachesEveryDepth()
 
     playing.frameAt(1500);
 
-    QCOMPARE(playing.leaf->frameArg(), 77u);
+    QCOMPARE(playing.leaf->frameArg(), 77ul);
     QCOMPARE(playing.leaf->frameTime(), playing.start.addMSecs(1500));
 }
 

@@ -6,7 +6,27 @@
 #include <QRegularExpression>
 #include <QTest>
 
+#include <array>
+#include <bit>
+#include <cstddef>
+
 namespace {
+
+#ifdef __GXX_ABI_VERSION
+/// How many entries of its class's virtual table stand before a virtual operation's, as this compiler
+/// keeps a pointer to it.
+template<typename Operation>
+std::ptrdiff_t tablePlace(Operation operation)
+{
+    const auto [place, thisShift] = std::bit_cast<std::array<std::ptrdiff_t, 2>>(operation);
+    return place / static_cast<std::ptrdiff_t>(sizeof(void *));
+}
+
+struct OpenObject : QObject
+{
+    using QObject::disconnectNotify; // the last of its virtual operations
+};
+#endif
 
 // Every slot, in the order that hosts and connections by index rely on.
 const char *const slotSignatures[] = {
@@ -63,6 +83,7 @@ private slots:
     void slotStandsAtItsPlace_data();
     void slotStandsAtItsPlace();
     void thereIsNothingElse();
+    void operationsOfTheHostFollowThoseOfQObject();
 
     void editorSlotDoesNothingWithoutEditor_data();
     void editorSlotDoesNothingWithoutEditor();
@@ -130,6 +151,30 @@ void tst_MetaEffectSlots::thereIsNothingElse()
     QCOMPARE(meta.methodCount() - meta.methodOffset(), 38);
     QCOMPARE(meta.propertyCount(), meta.propertyOffset());
     QCOMPARE(meta.enumeratorCount(), meta.enumeratorOffset());
+}
+
+// A host that was built before calls them by their places.
+void tst_MetaEffectSlots::operationsOfTheHostFollowThoseOfQObject()
+{
+#ifdef __GXX_ABI_VERSION
+    const std::ptrdiff_t places[] = {tablePlace(&Effect::getCycleTime),
+                                     tablePlace(&Effect::getVersion),
+                                     tablePlace(&Effect::getBuildNumber),
+                                     tablePlace(&Effect::isDirty),
+                                     tablePlace(&Effect::resetStartTime),
+                                     tablePlace(&Effect::init),
+                                     tablePlace(&Effect::internalUpdateLights),
+                                     tablePlace(&Effect::internalGetEffectWidget),
+                                     tablePlace(&Effect::internalSave),
+                                     tablePlace(&Effect::internalSetProperty),
+                                     tablePlace(&Effect::setLevel),
+                                     tablePlace(&Effect::addChild)};
+    std::ptrdiff_t expected = tablePlace(&OpenObject::disconnectNotify);
+    for (const std::ptrdiff_t place : places)
+        QCOMPARE(place, ++expected);
+#else
+    QSKIP("How this compiler keeps pointers to virtual operations is not known here");
+#endif
 }
 
 void tst_MetaEffectSlots::editorSlotDoesNothingWithoutEditor_data()

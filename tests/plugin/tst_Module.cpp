@@ -98,6 +98,11 @@ void tst_Module::entryIsExportedUnderItsPlainName()
     QVERIFY(entry);
     const std::unique_ptr<Effect> effect(entry(m_map.get(), 12345));
     QCOMPARE(effect->metaObject()->className(), "MetaEffect");
+    // Until there is a frame, the base of this host keeps the argument where a frame's stands.
+    auto *child = new StubEffect(m_map.get(), 1);
+    effect->addChild(child);
+    effect->internalUpdateLights();
+    QCOMPARE(child->frameArg(), 12345ul);
 }
 
 void tst_Module::entryMakesAMetaEffect()

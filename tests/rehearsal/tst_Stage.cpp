@@ -203,6 +203,8 @@ void tst_Stage::mapRefusesTakenUids()
     QCOMPARE(model.getGroup(7)->uid(), 7ul);
     QCOMPARE(model.getGroup(7)->groupType(), SynchronizedGroup);
     QVERIFY(!model.getGroup(8));
+    if constexpr (sizeof(unsigned long) > sizeof(quint32))
+        QVERIFY(!model.getGroup(4294967303)); // 7 and 2^32
     QCOMPARE(model.getLights().keys(), (QList<unsigned long>{10, 20}));
     QCOMPARE(model.getGroups().keys(), QList<unsigned long>{7});
     map.removeGroup(7);

@@ -12,7 +12,9 @@
 class OpenMetaEffect : public MetaEffect
 {
 public:
+    using MetaEffect::group;
     using MetaEffect::MetaEffect;
+    using MetaEffect::selection;
 
     bool ownDirty() const { return m_dirty; }
     void setOwnDirty(bool dirty) { m_dirty = dirty; }

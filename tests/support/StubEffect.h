@@ -32,7 +32,7 @@ public:
     StubEffect &with(const char *key, double value);
 
     int level() const { return m_level; }
-    quint32 frameArg() const { return static_cast<quint32>(m_frameArg); }
+    unsigned long frameArg() const { return m_frameArg; }
     QTime frameTime() const { return m_frameTime; }
 
     quint32 cycleTime = 1000;
