@@ -37,6 +37,8 @@ public:
     std::vector<PropertyStore::Property> savedProperties() const;
     /// Takes a text that was set outside frames; whether it is another one to be saved.
     bool define(const QString &key, const QString &text);
+    /// Sets a property that may get another text, or that is to be defined.
+    void set(Effect &effect, const QString &key, const QString &text);
 };
 
 namespace {
@@ -193,29 +195,36 @@ void Effect::addChild(Effect *child)
 
 // --- Properties ---
 
+// A frame mostly writes what stands there, and that many times: the rest is kept out of its way.
 void Effect::setProperty(const QString &key, const QString &value)
 {
-    const rehearsal::HostClock &clock = *m_hostPart->clock;
-    if (!m_hostPart->wasPlayed && clock.isInFrame()) {
-        m_hostPart->definedTransparency = getPropertyString(QStringLiteral("transparency"));
-        m_hostPart->definedPriority = getPropertyString(QStringLiteral("priority"));
-        m_hostPart->wasPlayed = true;
+    const bool definesNothing = m_hostPart->wasPlayed == m_hostPart->clock->isInFrame();
+    if (!definesNothing || !m_hostPart->store.holds(key, value))
+        m_hostPart->set(*this, key, value);
+}
+
+void Effect::HostPart::set(Effect &effect, const QString &key, const QString &text)
+{
+    if (!wasPlayed && clock->isInFrame()) {
+        definedTransparency = effect.getPropertyString(QStringLiteral("transparency"));
+        definedPriority = effect.getPropertyString(QStringLiteral("priority"));
+        wasPlayed = true;
     }
-    if (!m_hostPart->store.set(key, value)) {
+    if (!store.set(key, text)) {
         // What playback happened to write may become what the effect is.
-        if (m_hostPart->wasPlayed && !clock.isInFrame() && m_hostPart->define(key, value))
-            reportChange(m_mapModel, *this, key);
+        if (wasPlayed && !clock->isInFrame() && define(key, text))
+            reportChange(effect.m_mapModel, effect, key);
         return;
     }
     if (!isWrittenByPlayback(key))
-        m_dirty = true;
-    internalSetProperty(key, value);
-    if (m_hostPart->observer)
-        m_hostPart->observer(key, value);
-    if (isWrittenByFrames(key) && clock.isInFrame())
+        effect.m_dirty = true;
+    effect.internalSetProperty(key, text);
+    if (observer)
+        observer(key, text);
+    if (isWrittenByFrames(key) && clock->isInFrame())
         return;
-    m_hostPart->define(key, value);
-    reportChange(m_mapModel, *this, key);
+    define(key, text);
+    reportChange(effect.m_mapModel, effect, key);
 }
 
 unsigned long Effect::getPropertyULong(const QString &key, bool *ok) const

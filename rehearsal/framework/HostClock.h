@@ -24,7 +24,7 @@ public:
 
     void beginFrame(QTime time);
     void endFrame();
-    bool isInFrame() const { return m_frame.isValid(); }
+    bool isInFrame() const { return !m_frame.isNull(); }
 
 private:
     const QTime m_wallStart = QTime::currentTime();

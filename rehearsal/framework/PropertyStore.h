@@ -56,14 +56,18 @@ public:
     bool flag(const QString &key, bool *ok) const;
     double real(const QString &key, bool *ok) const;
 
+    /// Whether the property has this very text object, which is quick to tell; false says nothing.
+    /// Callers that set the same text again and again mostly do it with the same object.
+    bool holds(const QString &key, const QString &text) const
+    {
+        const Reading *reading = find(key);
+        return reading && isInStep(*reading) && isSameObject(textOf(*reading), text);
+    }
+
     /// True if the property is new or its text changed.
     bool set(const QString &key, const QString &text)
     {
-        const Reading *reading = find(key);
-        // Callers that set the same text again and again mostly do it with the same object.
-        if (reading && isInStep(*reading) && isSameObject(textOf(*reading), text))
-            return false;
-        return setOther(reading, key, text);
+        return !holds(key, text) && setOther(find(key), key, text);
     }
 
     /// Binds a property to a variable; the property takes the variable's present value as its text.
