@@ -74,8 +74,8 @@ QByteArray showText(int childCount)
     return (text + QStringLiteral("</effect></show>")).toUtf8();
 }
 
-// A whole frame of the window, as often as while playing: effects, stage, timeline, clock. What a part
-// costs shows when it is not painted.
+// A whole frame of the window, as often as while playing: effects, stage, timeline, clock. What a
+// part costs shows when it is not painted.
 void frame(benchmark::State &state, const QStringList &unpainted)
 {
     QStandardPaths::setTestModeEnabled(true);

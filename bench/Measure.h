@@ -14,8 +14,9 @@ inline void sizes(benchmark::internal::Benchmark *benchmark)
     benchmark->RangeMultiplier(10)->Range(10, 10000);
 }
 
-/// Nanoseconds of CPU for one item of a reference loop of this run, by its name and size. Benchmarks
-/// run in the order of registration, so a reference stands before what is compared with it.
+/// Nanoseconds of CPU for one item of a reference loop of this run, by its name and size.
+/// Benchmarks run in the order of registration, so a reference stands before what is compared with
+/// it.
 inline std::map<std::pair<std::string, int64_t>, double> &references()
 {
     static std::map<std::pair<std::string, int64_t>, double> measured;
@@ -25,7 +26,8 @@ inline std::map<std::pair<std::string, int64_t>, double> &references()
 /// CPU time of this thread, ns.
 double cpuTime();
 
-/// Runs the loop as often as the benchmark wants; returns ns of CPU for one of state.range(0) items.
+/// Runs the loop as often as the benchmark wants; returns ns of CPU for one of state.range(0)
+/// items.
 template<typename Loop>
 double timeItems(benchmark::State &state, Loop loop)
 {

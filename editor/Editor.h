@@ -36,8 +36,8 @@ public:
     void append(Effect &child) { m_table.append(child); }
     /// Selects the child, and no other, and shows it.
     void select(Effect &child);
-    /// Shows the parameters and the times of the selected child. With several selected the selection
-    /// is emptied, so that nothing is done to children of which the user sees but one.
+    /// Shows the parameters and the times of the selected child. With several selected the
+    /// selection is emptied, so that nothing is done to children of which the user sees but one.
     void refreshWidgets();
 
     void handleValueChanged(int row, int column);

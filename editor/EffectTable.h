@@ -42,8 +42,8 @@ public:
     void setInitialWidths();
     /// Fits the columns to their contents, the hidden one apart.
     void resizeTable();
-    /// Sorts by the column: ascending the first time that the meta effect's table is sorted, then in
-    /// turns, whatever the column and whichever editor shows the table.
+    /// Sorts by the column: ascending the first time that the meta effect's table is sorted, then
+    /// in turns, whatever the column and whichever editor shows the table.
     void handleHeaderClicked(int column);
     /// The children of the selected rows, in row order.
     EffectList selectedChildren() const;

@@ -25,8 +25,8 @@ public:
     /// A left click on a group lets the user pick another. The host may delete the form, the meta
     /// effect and this object while the picker is up.
     void handleClicked(int row, int column, int button);
-    /// Makes a child of the type shown in the form's chooser, then lets the user pick its group; the
-    /// same holds.
+    /// Makes a child of the type shown in the form's chooser, then lets the user pick its group;
+    /// the same holds.
     void handleNewEffectClicked();
 
 private:

@@ -253,8 +253,10 @@ void TimePanel::refreshEndCycles()
     m_end.fixedTime.setEnabled(false);
 }
 
-// --- What the user does. Text that is no number is stored as empty text by three of the toggles and
-// --- as "0" by everything else; both read as 0.
+// --- What the user does ---
+//
+// Text that is no number is stored as empty text by three of the toggles, and as "0" by everything
+// else; both read as 0.
 
 void TimePanel::startFixedToggled(bool on)
 {

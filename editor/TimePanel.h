@@ -19,8 +19,9 @@ struct RuleKeys;
 /// The two groups of widgets that edit the start and the end rule of the selected child.
 ///
 /// Every handler writes into each selected child and runs a pass. Filling is not silent: it goes
-/// through the widgets' ordinary setters, so the handlers run inside the fill and write back what is
-/// shown. The order of the steps matters, and no step may rely on what a widget held before another.
+/// through the widgets' ordinary setters, so the handlers run inside the fill and write back what
+/// is shown. The order of the steps matters, and no step may rely on what a widget held before
+/// another.
 class TimePanel
 {
 public:
@@ -36,8 +37,8 @@ public:
     /// Disables and blanks both groups. The selection must be empty already, or the blanks would be
     /// written into it.
     void clear();
-    /// Shows the rules that the child has by now, where they were changed elsewhere than in this panel.
-    /// This is silent: nothing is written back, which would cut times to the digits shown.
+    /// Shows the rules that the child has by now, where they were changed elsewhere than in this
+    /// panel. This is silent: nothing is written back, which would cut times to the digits shown.
     void follow(const Effect &child);
     /// Takes a number that is still being typed as entered.
     void finishTyping();

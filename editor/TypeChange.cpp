@@ -35,8 +35,8 @@ public:
     }
 };
 
-// What goes over to the new child, in the order in which it is read, and how each is turned into the
-// text that is written.
+// What goes over to the new child, in the order in which it is read, and how each is turned into
+// the text that is written.
 enum class Form { Text, Unsigned, Real, Flag };
 
 struct Carried

@@ -9,8 +9,8 @@ class MetaWidget;
 
 namespace meta {
 
-/// Whether the user wants to be asked before a type is changed. Two functions, so that a test can put
-/// its own in the place of those that use the user's settings.
+/// Whether the user wants to be asked before a type is changed. Two functions, so that a test can
+/// put its own in the place of those that use the user's settings.
 struct AskSetting
 {
     bool (*isOn)();      ///< true unless stored otherwise
@@ -19,7 +19,8 @@ struct AskSetting
 AskSetting &askSetting();
 
 /// Puts a child of another type in a child's place. Eid, name, group, fades, priority, transparency
-/// and both rules go over to it, so every link to and from it holds; the type's own parameters do not.
+/// and both rules go over to it, so every link to and from it holds; the type's own parameters do
+/// not.
 class TypeChange
 {
 public:
@@ -29,8 +30,8 @@ public:
     Q_DISABLE_COPY_MOVE(TypeChange)
 
     /// Asks first, unless that is switched off; the host may delete the form, the child or the meta
-    /// effect meanwhile. If the factory does not know the type, the child is lost: its row stays, and
-    /// the meta effect stays stopped.
+    /// effect meanwhile. If the factory does not know the type, the child is lost: its row stays,
+    /// and the meta effect stays stopped.
     void change(Effect &child, const QString &newType);
 
 private:

@@ -1,7 +1,7 @@
-// A meta effect under a script of any lines: children of every type, nested ones too, with any texts
-// under any keys; passes, frames, saving and loading; its editor opened, clicked, sorted, typed into
-// and closed. Nothing crashes or takes forever, times are what the rules say, and the saved text
-// gives the same effect again.
+// A meta effect under a script of any lines: children of every type, nested ones too, with any
+// texts under any keys; passes, frames, saving and loading; its editor opened, clicked, sorted,
+// typed into and closed. Nothing crashes or takes forever, times are what the rules say, and the
+// saved text gives the same effect again.
 
 #include "ChildKeys.h"
 #include "Effect.h"

@@ -23,8 +23,8 @@ public:
     GroupPickerDialog(MapModel *mapModel, Effect *effect, QWidget *parent = nullptr,
                       const QString &name = {}, bool modal = false, Qt::WindowFlags flags = {});
 
-    /// Fills the list from the map and selects its first row. Leaf groups are left out, synchronized
-    /// groups as long as the check box is clear.
+    /// Fills the list from the map and selects its first row. Leaf groups are left out,
+    /// synchronized groups as long as the check box is clear.
     void populateList();
 
 public slots:

@@ -76,7 +76,8 @@ public:
 
     // --- Saving and playing. ---
 
-    /// Writes the whole effect, its properties and then its internalSave(), in the host's text form.
+    /// Writes the whole effect, its properties and then its internalSave(), in the host's text
+    /// form.
     void save(QTextStream &stream);
 
     /// Restarts the effect's clock at the present moment: during a frame, the frame's time.

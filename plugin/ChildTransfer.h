@@ -8,8 +8,8 @@ class QTextStream;
 
 namespace meta {
 
-/// Children as text on the clipboard: before each child's saved text the marker "<EFFECT-ENTRY>" and
-/// a line end; nothing else frames them.
+/// Children as text on the clipboard: before each child's saved text the marker "<EFFECT-ENTRY>"
+/// and a line end; nothing else frames them.
 namespace transfer {
 
 void writeChild(QTextStream &stream, Effect &child);

@@ -213,9 +213,9 @@ void MetaEffect::cutEffect(QTextStream &stream)
     refreshWidgets();
 }
 
-// An open editor gets its rows one by one, and each child's end counts as it comes. But it shows only
-// the last child, and that when all are there and their times are resolved: what it shows it writes
-// back, and a link to a child that is still to come cannot be shown.
+// An open editor gets its rows one by one, and each child's end counts as it comes. But it shows
+// only the last child, and that when all are there and their times are resolved: what it shows it
+// writes back, and a link to a child that is still to come cannot be shown.
 void MetaEffect::pasteEffect(QString &text)
 {
     const QStringList pieces = transfer::pieces(text);

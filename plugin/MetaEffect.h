@@ -59,8 +59,8 @@ public:
 
     // --- Looking up. ---
 
-    /// The first child, in list order, with that eid; null if there is none. An eid has 32 bits; here
-    /// and below a larger number matches nothing.
+    /// The first child, in list order, with that eid; null if there is none. An eid has 32 bits;
+    /// here and below a larger number matches nothing.
     Effect *getEffect(unsigned long eid) const;
     /// The children, in list order; the list is the caller's, the effects are not.
     EffectList getEffects() const;

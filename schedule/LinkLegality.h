@@ -8,11 +8,11 @@ namespace meta {
 
 /// Tells to which siblings a child may be linked without closing a loop of links.
 ///
-/// The test follows a candidate's links, start before end, and refuses the candidate when it reaches
-/// the edited child. It is exact only up to the first legal answer of a series: that answer enters
-/// the edited child into the shared dictionary, and while the edited child is found there every
-/// other candidate but the edited child itself is legal without being examined. The choosers rely on
-/// this. The dictionary is emptied by whoever starts a series.
+/// The test follows a candidate's links, start before end, and refuses the candidate when it
+/// reaches the edited child. It is exact only up to the first legal answer of a series: that answer
+/// enters the edited child into the shared dictionary, and while the edited child is found there
+/// every other candidate but the edited child itself is legal without being examined. The choosers
+/// rely on this. The dictionary is emptied by whoever starts a series.
 class LinkLegality
 {
 public:
@@ -22,8 +22,8 @@ public:
     {
     }
 
-    /// May `edited` take `candidate` as the target of a link, of its start or of its end? False when
-    /// they are the same or either is null.
+    /// May `edited` take `candidate` as the target of a link, of its start or of its end? False
+    /// when they are the same or either is null.
     bool legalToLink(Effect *edited, Effect *candidate);
 
     /// Starts a series and asks about every child in list order: the legal ones, in that order.

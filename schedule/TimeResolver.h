@@ -19,11 +19,12 @@ struct RuleKeys;
 ///     other codes     stays                          stays
 ///
 /// A link target is resolved before the child that links to it, whatever the order of the list. A
-/// link to an eid that no child has is broken: its rule is rewritten to fixed at 0. The walk keeps its
-/// own stack, so a chain of links may be of any length. Where links form a loop, a child that is met
-/// again while it is still being resolved is not entered again: the times that it holds at that
-/// moment are used, and one warning a pass names it. Each pass may then give other times than the one
-/// before, so from there on no pass starts inside this one, whatever a child answers to a new time.
+/// link to an eid that no child has is broken: its rule is rewritten to fixed at 0. The walk keeps
+/// its own stack, so a chain of links may be of any length. Where links form a loop, a child that
+/// is met again while it is still being resolved is not entered again: the times that it holds at
+/// that moment are used, and one warning a pass names it. Each pass may then give other times than
+/// the one before, so from there on no pass starts inside this one, whatever a child answers to a
+/// new time.
 class TimeResolver
 {
 public:

@@ -46,7 +46,8 @@ QString mapText(const LargeShow &show)
     return text + QStringLiteral("</map>");
 }
 
-// The first of a chain starts at a fixed time, every other at the end or the start of the one before.
+// The first of a chain starts at a fixed time, every other at the end or the start of the one
+// before.
 QString startRule(int number)
 {
     if (number % chainLength == 0)

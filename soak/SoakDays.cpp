@@ -88,8 +88,8 @@ QString effectText(const char *type, Settings settings, const QString &nested = 
     return text + nested + QStringLiteral("</effect>");
 }
 
-// Children that fade nearly all the time, from about the start of the child with eid 1 to its end, and
-// a meta effect above them.
+// Children that fade nearly all the time, from about the start of the child with eid 1 to its end,
+// and a meta effect above them.
 QString siblingTexts(const QString &group)
 {
     const auto fading = [&group](const char *type, const char *eid, const char *offset,

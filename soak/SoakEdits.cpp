@@ -78,8 +78,8 @@ QByteArray withoutTimes(const QByteArray &text)
     return rest;
 }
 
-/// A show that plays while somebody does anything at all to it, in the editors, which the host opens
-/// and closes as it likes, and in the host.
+/// A show that plays while somebody does anything at all to it, in the editors, which the host
+/// opens and closes as it likes, and in the host.
 class EditedShow
 {
 public:
@@ -524,8 +524,8 @@ int edits(const QStringList &arguments)
 {
     const qint64 actions = soak::numberAt(arguments, 0, 100'000);
     const auto seed = static_cast<quint32>(soak::numberAt(arguments, 1, 1));
-    // Links that are chosen at random may form a loop, of which every pass warns: that is looked for,
-    // not shown.
+    // Links that are chosen at random may form a loop, of which every pass warns: that is looked
+    // for, not shown.
     qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &, const QString &message) {
         if (type == QtFatalMsg)
             std::fprintf(stderr, "%s\n", qPrintable(message));

@@ -33,12 +33,12 @@ namespace {
 
 using rehearsal::Show;
 
-/// N log N between 1/8 of the largest number and that number itself has an exponent of 1.12 where the
-/// largest is 10,000, and of 1.24 where it is 200. More than this is a square at work.
+/// N log N between 1/8 of the largest number and that number itself has an exponent of 1.12 where
+/// the largest is 10,000, and of 1.24 where it is 200. More than this is a square at work.
 ///
-/// What is larger also fits the processor's caches less, the more so when other programs use them. By
-/// how much is told by a plain walk over the same effects: what its exponent has above 1 is allowed to
-/// the others too, as long as that does not hide a square.
+/// What is larger also fits the processor's caches less, the more so when other programs use them.
+/// By how much is told by a plain walk over the same effects: what its exponent has above 1 is
+/// allowed to the others too, as long as that does not hide a square.
 constexpr double highestExponent = 1.25;
 constexpr double mostForCaches = 0.4;
 const std::string walk = "plain walk";

@@ -13,9 +13,9 @@ namespace meta {
 /// passes, the memory of the link test; each empties it before it starts.
 using ChildrenByEid = QHash<quint32, Effect *>;
 
-/// The children of one meta effect, which of them are selected or offered as link targets, which way
-/// the editor lists them, and the numbers for the next one.
-/// The children are owned from the roster's destruction on: it deletes them.
+/// The children of one meta effect, which of them are selected or offered as link targets, which
+/// way the editor lists them, and the numbers for the next one. The children are owned from the
+/// roster's destruction on: it deletes them.
 class ChildRoster
 {
 public:
@@ -26,8 +26,8 @@ public:
     /// In the host's order.
     const EffectList &children() const { return m_children; }
     EffectList &selection() { return m_selection; }
-    /// The children that the choosers of link targets offer: entry i of a list is the child shown as
-    /// item i.
+    /// The children that the choosers of link targets offer: entry i of a list is the child shown
+    /// as item i.
     EffectList &startLinkCandidates() { return m_startLinkCandidates; }
     EffectList &endLinkCandidates() { return m_endLinkCandidates; }
 

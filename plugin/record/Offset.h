@@ -13,7 +13,8 @@ public:
     constexpr Offset() = default;
     constexpr explicit Offset(double ms) : m_ms(ms) {}
 
-    /// Reads seconds as a user types them, "-2.5" as -2500 ms. Nothing for text that is not a number.
+    /// Reads seconds as a user types them, "-2.5" as -2500 ms. Nothing for text that is not a
+    /// number.
     static std::optional<Offset> fromSecondsText(const QString &seconds);
 
     /// In ms.

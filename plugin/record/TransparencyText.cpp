@@ -7,8 +7,8 @@ namespace meta {
 
 namespace {
 
-// Texts of the multiples of 1 / Scale from 0.1 x 1000 / Scale up, where three significant digits are
-// whole multiples.
+// Texts of the multiples of 1 / Scale from 0.1 x 1000 / Scale up, where three significant digits
+// are whole multiples.
 template<int Scale>
 const QString &sharedText(int multiple)
 {

@@ -8,9 +8,9 @@ class QSocketNotifier;
 
 namespace rehearsal {
 
-/// Tells from the event loop of the signals that ask the program to end: those of a terminal that is
-/// closed, of Ctrl+C in it, and of "kill". The same one again ends the program at once, and one that
-/// the program was started to ignore stays ignored.
+/// Tells from the event loop of the signals that ask the program to end: those of a terminal that
+/// is closed, of Ctrl+C in it, and of "kill". The same one again ends the program at once, and one
+/// that the program was started to ignore stays ignored.
 class EndingSignals final : public QObject
 {
     Q_OBJECT

@@ -31,7 +31,8 @@ std::unique_ptr<QLockFile> lockOf(const QString &autosaveFile)
     return lock;
 }
 
-/// The lock, held. Null where a living program has it, which is told, or where nothing can be written.
+/// The lock, held. Null where a living program has it, which is told, or where nothing can be
+/// written.
 std::unique_ptr<QLockFile> heldLockOf(const QString &autosaveFile, bool *isTaken)
 {
     std::unique_ptr<QLockFile> lock = lockOf(autosaveFile);
@@ -99,8 +100,8 @@ bool isKeptAside(const QString &place)
            });
 }
 
-/// Keeps what is at a place under another name as well, once, so that the place may be overwritten. It
-/// is there under one name or the other at any moment. For the place's owner alone.
+/// Keeps what is at a place under another name as well, once, so that the place may be overwritten.
+/// It is there under one name or the other at any moment. For the place's owner alone.
 bool keepAside(const QString &place, FileFault *fault)
 {
     if (!QFileInfo(place).isFile() || isKeptAside(place))

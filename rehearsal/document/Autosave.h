@@ -31,7 +31,8 @@ struct Recovery
 /// has no file, or once nothing can be written beside it. The file goes when the document is saved,
 /// found unmodified, replaced by another show or closed. A lock beside it tells other programs that
 /// its owner lives, and is void as soon as the owner is dead. What a dead program left and nobody
-/// recovered or discarded stays: as FILE.autosave.1, .2 ... once the document needs the name itself.
+/// recovered or discarded stays: as FILE.autosave.1, .2 ... once the document needs the name
+/// itself.
 class Autosave final : public QObject
 {
     Q_OBJECT
@@ -61,9 +62,9 @@ public:
     /// Those of shows without a file, the newest first.
     QList<Recovery> untitledRecoverable() const;
 
-    /// Opens it in the document, modified. The autosave stays until that document is saved or closed.
-    /// False and a fault when it cannot be opened, or a living program has it by now: then the
-    /// document is left alone.
+    /// Opens it in the document, modified. The autosave stays until that document is saved or
+    /// closed. False and a fault when it cannot be opened, or a living program has it by now: then
+    /// the document is left alone.
     bool recover(const Recovery &recovery, FileFault *fault);
     /// Deletes it, unless a living program or the document has it for its own autosave by now.
     void discard(const Recovery &recovery);
@@ -73,8 +74,8 @@ signals:
     void failed(const rehearsal::FileFault &fault);
     /// After failed() or unavailable(): it works again, or there is another document.
     void working();
-    /// The document has no autosave: another program has it, or there is no place for it. Told once a
-    /// document, from the event loop.
+    /// The document has no autosave: another program has it, or there is no place for it. Told once
+    /// a document, from the event loop.
     void unavailable(const QString &reason);
 
 private:

@@ -13,8 +13,8 @@ namespace rehearsal {
 
 namespace {
 
-/// Keeps a show until control is back in the event loop: the replacement may have been asked for from
-/// within one of its effects' editors.
+/// Keeps a show until control is back in the event loop: the replacement may have been asked for
+/// from within one of its effects' editors.
 class RetiredShow final : public QObject
 {
 public:
@@ -28,8 +28,8 @@ private:
     std::unique_ptr<Show> m_show;
 };
 
-// An effect's rules read these as 0 where they are missing. Editors write them when they merely show
-// a rule.
+// An effect's rules read these as 0 where they are missing. Editors write them when they merely
+// show a rule.
 constexpr std::array zeroSettings{
     "startfixedtime", "startlinkeid", "startlinkstart", "startlinkoffset",
     "endfixedtime",   "endlinkeid",   "endlinkstart",   "endlinkoffset",

@@ -11,10 +11,10 @@ namespace rehearsal {
 
 /// What a window edits: a show, the file it is kept in, and the steps that led to it.
 ///
-/// Edits are made on the effects themselves. The document notes that something happened and looks in
-/// the next turn of the event loop whether the show's definition says something else; then that is an
-/// edit, and a step of the history. What playback writes in frames is none, and neither is a setting of
-/// a rule that appears as 0, as which a missing one reads.
+/// Edits are made on the effects themselves. The document notes that something happened and looks
+/// in the next turn of the event loop whether the show's definition says something else; then that
+/// is an edit, and a step of the history. What playback writes in frames is none, and neither is a
+/// setting of a rule that appears as 0, as which a missing one reads.
 class ShowDocument final : public QObject, private EffectWatch
 {
     Q_OBJECT
@@ -67,14 +67,14 @@ public:
 
     // --- Edits. ---
 
-    /// Edits under the same token, other than 0, are one step while nothing comes between. Holds for
-    /// the edits that are made from now on.
+    /// Edits under the same token, other than 0, are one step while nothing comes between. Holds
+    /// for the edits that are made from now on.
     void setStepToken(quint64 token) { m_stepToken = token; }
     /// Looks now, if anything was noted.
     void flush();
-    /// Whatever changed since the last look is no edit: the history stays as it is, and an unmodified
-    /// document unmodified. To be called after effects wrote by themselves, as they do when an editor
-    /// is filled or playing starts.
+    /// Whatever changed since the last look is no edit: the history stays as it is, and an
+    /// unmodified document unmodified. To be called after effects wrote by themselves, as they do
+    /// when an editor is filled or playing starts.
     void settle();
 
     bool canUndo() const { return m_history.canUndo(); }
@@ -87,11 +87,11 @@ public:
 signals:
     /// The definition changed by an edit, not by undo, redo or a replacement.
     void edited();
-    /// show() is still the old one, whole; null if there was none. What views hold of it they let go
-    /// here: it is deleted as soon as control is back in the event loop.
+    /// show() is still the old one, whole; null if there was none. What views hold of it they let
+    /// go here: it is deleted as soon as control is back in the event loop.
     void showAboutToBeReplaced(rehearsal::ShowDocument::Replacement replacement);
-    /// show() is the new one, and everything else is up to date. What is written to its effects from
-    /// within is no edit, as by settle().
+    /// show() is the new one, and everything else is up to date. What is written to its effects
+    /// from within is no edit, as by settle().
     void showReplaced(rehearsal::ShowDocument::Replacement replacement);
     void modifiedChanged(bool isModified);
     /// file() or displayName() changed.

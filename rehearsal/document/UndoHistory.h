@@ -17,8 +17,8 @@ public:
     /// Forgets every step and starts from this text.
     void reset(const QByteArray &text);
 
-    /// A step to this text; what could be redone is dropped. The present text again is no step: then
-    /// false, and nothing is dropped.
+    /// A step to this text; what could be redone is dropped. The present text again is no step:
+    /// then false, and nothing is dropped.
     bool push(const QByteArray &text);
     /// Undoes the last step and forgets it, and what could be redone.
     void withdraw();

@@ -38,8 +38,9 @@ public:
     /// Adds a type, or replaces the one of that name.
     void addType(const QString &name, Maker maker);
 
-    /// Builds an effect with all its nested ones and makes it ready with init(). Unknown types become
-    /// placeholders that keep their text, which is a part of `source`. The caller owns the result.
+    /// Builds an effect with all its nested ones and makes it ready with init(). Unknown types
+    /// become placeholders that keep their text, which is a part of `source`. The caller owns the
+    /// result.
     Effect *build(const EffectText &text, QStringView source, BuildLog *log = nullptr);
 
     /// Makes an effect of a type, or null.

@@ -25,8 +25,8 @@ public:
     static bool holdsEffects(const Effect &effect);
     static int level(const Effect &effect);
 
-    /// The effects that the effect holds, in its order; no deeper ones. Not to be asked for while the
-    /// effect is at work.
+    /// The effects that the effect holds, in its order; no deeper ones. Not to be asked for while
+    /// the effect is at work.
     static std::vector<Effect *> nested(Effect &effect);
 
     /// While one lives, effects are saved as they were defined: with the "transparency" and the
@@ -42,7 +42,8 @@ public:
         bool m_outer;
     };
 
-    /// Called after every real change of a property; one observer an effect, an empty one removes it.
+    /// Called after every real change of a property; one observer an effect, an empty one removes
+    /// it.
     static void setObserver(Effect &effect, Observer observer);
 
     /// From now on the effect is saved as this text, in which only the properties that are changed

@@ -23,10 +23,10 @@ struct EffectIdentity
 
 /// The text form of an effect, read but not yet built.
 ///
-/// It is one XML element: `<effect type="..." version="..." build="...">` with one
-/// `<property key="...">text</property>` a property, then the nested effects. A value with characters
-/// that XML cannot carry stands as base64 of its UTF-8 and is marked `encoding="base64"`; such a key
-/// is marked `keyencoding="base64"`.
+/// It is one XML element: `<effect type="..." version="..." build="...">` with one `<property
+/// key="...">text</property>` a property, then the nested effects. A value with characters that XML
+/// cannot carry stands as base64 of its UTF-8 and is marked `encoding="base64"`; such a key is
+/// marked `keyencoding="base64"`.
 struct EffectText
 {
     struct Property

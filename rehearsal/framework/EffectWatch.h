@@ -5,8 +5,8 @@ class QString;
 
 namespace rehearsal {
 
-/// Told of what happens to the effects of a map, by the map (StageMap::setWatch()). A call comes from
-/// within the work of an effect, which is not to be disturbed: note it, and look later.
+/// Told of what happens to the effects of a map, by the map (StageMap::setWatch()). A call comes
+/// from within the work of an effect, which is not to be disturbed: note it, and look later.
 class EffectWatch
 {
 public:

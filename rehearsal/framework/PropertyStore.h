@@ -14,9 +14,9 @@ namespace rehearsal {
 
 /// The properties of one effect: text by key, in order of arrival.
 ///
-/// A property may be bound to a variable. The two are kept in step in both directions: a new text is
-/// read into the variable, and a variable that was changed gives the property a new text the next
-/// time that it is asked for. Typed reads of an unchanged text cost a look-up, no conversion.
+/// A property may be bound to a variable. The two are kept in step in both directions: a new text
+/// is read into the variable, and a variable that was changed gives the property a new text the
+/// next time that it is asked for. Typed reads of an unchanged text cost a look-up, no conversion.
 class PropertyStore
 {
 public:
@@ -124,8 +124,9 @@ private:
         }
     };
 
-    // A well-known key that was asked for, by the address of its text. The copy keeps the text alive,
-    // so the same address is the same text: most callers ask with the same few strings for ever.
+    // A well-known key that was asked for, by the address of its text. The copy keeps the text
+    // alive, so the same address is the same text: most callers ask with the same few strings for
+    // ever.
     struct AskedKey
     {
         QString key;

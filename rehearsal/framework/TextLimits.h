@@ -2,8 +2,8 @@
 
 #include <QtGlobal>
 
-/// What a show, a sequence or an effect from the clipboard may hold. Beyond, it is refused as a whole,
-/// so that no text, however it was made, takes unbounded memory or time.
+/// What a show, a sequence or an effect from the clipboard may hold. Beyond, it is refused as a
+/// whole, so that no text, however it was made, takes unbounded memory or time.
 namespace rehearsal {
 
 /// Of a file, bytes; of a text from the clipboard, UTF-16 units.

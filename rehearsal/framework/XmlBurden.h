@@ -13,8 +13,8 @@ struct XmlBurden
     QString what;
 };
 
-/// The first burden of a text, to be asked for before an XML reader gets the text; nothing if it can
-/// be read in reasonable time and memory. Whether it is XML at all is left to the reader.
+/// The first burden of a text, to be asked for before an XML reader gets the text; nothing if it
+/// can be read in reasonable time and memory. Whether it is XML at all is left to the reader.
 std::optional<XmlBurden> findBurden(QStringView text);
 
 } // namespace rehearsal

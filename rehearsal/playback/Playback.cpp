@@ -261,8 +261,8 @@ void Playback::finish()
 // --- Frames ---
 
 // At the first frame every effect starts again. What is in the middle of its span at the last one
-// starts there as if it had been running since its begin, so nothing between needs a frame but where
-// an effect that is shorter than the show starts again by itself.
+// starts there as if it had been running since its begin, so nothing between needs a frame but
+// where an effect that is shorter than the show starts again by itself.
 void Playback::showAt(quint32 positionMs)
 {
     setRunning(true);
@@ -333,8 +333,8 @@ void Playback::keepClocks()
     }
 }
 
-// Nested effects are stopped in any case: what a stopped effect holds does not notice that it stopped,
-// and would go on from its old start.
+// Nested effects are stopped in any case: what a stopped effect holds does not notice that it
+// stopped, and would go on from its old start.
 void Playback::setRunning(bool running)
 {
     for (Effect *effect : m_show->effects()) {

@@ -52,8 +52,8 @@ public:
     void restart();
     /// Goes to a place, which is kept within the show; a stopped show is then paused.
     void seek(quint32 positionMs);
-    /// Shows anew what is due at the position, after the show was edited; while playing, with the next
-    /// frame.
+    /// Shows anew what is due at the position, after the show was edited; while playing, with the
+    /// next frame.
     void refresh();
 
     /// Show time goes by so much faster than the wall clock; kept from slowest to fastest.

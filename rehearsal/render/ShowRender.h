@@ -49,8 +49,8 @@ public:
     /// Plays frames until that many milliseconds have passed or all are played; at least one, which
     /// there must be.
     void playFor(qint64 workMs);
-    /// When all is played: draws the picture and puts the files in their places, in whatever thread.
-    /// False and a fault when one of them could not be written.
+    /// When all is played: draws the picture and puts the files in their places, in whatever
+    /// thread. False and a fault when one of them could not be written.
     bool finish(FileFault *fault);
 
 private:

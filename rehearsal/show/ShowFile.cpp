@@ -293,7 +293,8 @@ void writeMap(QTextStream &stream, const StageMap &map)
 }
 
 // The text is on the disk before it takes the file's place. That it took it is so only now: after a
-// power failure the new show is there, too. Not every file system can do it; none loses the old one.
+// power failure the new show is there, too. Not every file system can do it; none loses the old
+// one.
 void syncFolder(const QString &folder)
 {
 #ifdef Q_OS_UNIX

@@ -17,7 +17,8 @@ namespace rehearsal {
 std::optional<QByteArray> readWholeFile(const QString &file, FileFault *fault);
 
 /// The text of a whole, well-formed XML document in UTF-8 without a document type, or nothing and a
-/// fault; `name` stands for the file in it. What is too large or too deep to be read is refused too.
+/// fault; `name` stands for the file in it. What is too large or too deep to be read is refused
+/// too.
 std::optional<QString> readXmlText(const QByteArray &bytes, const QString &name, FileFault *fault);
 
 /// Reads XML and keeps the first fault, with its line. After a fault the reader is at its end.

@@ -12,8 +12,8 @@ namespace {
 
 constexpr int nothing = -1;
 
-/// Which siblings are in a loop together. A child needs, before its own times are known, the times of
-/// those that its two links name, whichever of their ends the links mean: that is how times are
+/// Which siblings are in a loop together. A child needs, before its own times are known, the times
+/// of those that its two links name, whichever of their ends the links mean: that is how times are
 /// resolved, child by child.
 class Loops
 {

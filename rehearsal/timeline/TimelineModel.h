@@ -18,8 +18,8 @@ using EidPath = QList<quint32>;
 class TimelineModel
 {
 public:
-    /// Reads the effect anew; null empties. What was unfolded stays so, by path. Lanes are to be laid
-    /// out again.
+    /// Reads the effect anew; null empties. What was unfolded stays so, by path. Lanes are to be
+    /// laid out again.
     void rebuild(Effect *top);
     /// Folds everything.
     void foldAll();

@@ -29,8 +29,8 @@ struct TimelineLink
     bool isFaulty() const { return kind == LinkKind::Broken || kind == LinkKind::Looping; }
 };
 
-/// A child at any depth below the effect that the timeline shows, as it was when the model was made.
-/// Times are ms from the start of that effect.
+/// A child at any depth below the effect that the timeline shows, as it was when the model was
+/// made. Times are ms from the start of that effect.
 struct TimelineRow
 {
     QPointer<Effect> effect; ///< null once it was deleted

@@ -134,8 +134,8 @@ QString DocumentCommands::faultOf(const QString &file) const
     return readShow(file, m_types, &fault) ? QString() : fault.message();
 }
 
-// What is older than the file is not to be taken by a hasty Return, and what is all that there is not to
-// be thrown away.
+// What is older than the file is not to be taken by a hasty Return, and what is all that there is
+// not to be thrown away.
 DocumentCommands::Answer DocumentCommands::ask(const Recovery &recovery, const QString &name,
                                                const QString &fault)
 {

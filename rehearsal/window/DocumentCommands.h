@@ -15,8 +15,8 @@ class ShowDocument;
 struct FileFault;
 struct Recovery;
 
-/// What a user does with documents, with the questions that belong to it. Nothing that was edited is
-/// lost without a question; what fails is told, and changes nothing.
+/// What a user does with documents, with the questions that belong to it. Nothing that was edited
+/// is lost without a question; what fails is told, and changes nothing.
 class DocumentCommands final : public QObject
 {
     Q_OBJECT

@@ -25,8 +25,8 @@ public:
 
     /// Shows the effect's editor; null shows none. The effect is not owned, and may go at any time.
     void setEffect(Effect *effect);
-    /// Deletes the editor that is shown, if any, and says what was seen in it. Not to be called from
-    /// within a signal of the effect.
+    /// Deletes the editor that is shown, if any, and says what was seen in it. Not to be called
+    /// from within a signal of the effect.
     EditorMemory release();
     /// Null while there is none.
     QWidget *editor() const { return m_editor; }

@@ -11,8 +11,9 @@ class QWidget;
 
 namespace rehearsal {
 
-/// What a user sees in an effect's editor, kept while the editor is built anew: order, selection and
-/// place of its tables, outer ones before those of nested editors, and which field has the focus.
+/// What a user sees in an effect's editor, kept while the editor is built anew: order, selection
+/// and place of its tables, outer ones before those of nested editors, and which field has the
+/// focus.
 ///
 /// Nothing is known of the editor but that it is made of the toolkit's widgets. A table's row is
 /// known again by the text of its first hidden column, or by its number where no column is hidden.

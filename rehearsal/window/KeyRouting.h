@@ -11,8 +11,8 @@ namespace rehearsal {
 
 /// Decides who gets a key that both a field and the window know.
 ///
-/// Single keys, such as the space bar, go to what has the focus; only where that has no use for them
-/// do they work the window's actions. Undo and redo are the window's also in the fields of an
+/// Single keys, such as the space bar, go to what has the focus; only where that has no use for
+/// them do they work the window's actions. Undo and redo are the window's also in the fields of an
 /// editor, where they take back whole edits; only a cell that is being edited keeps its own.
 class KeyRouting final : public QObject
 {

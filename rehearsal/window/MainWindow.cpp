@@ -273,8 +273,8 @@ void MainWindow::followEdit()
     showFrame();
 }
 
-// A field that takes its text over when it loses the focus takes it now, so that it is an edit of its
-// own, which undo takes back and redo brings again.
+// A field that takes its text over when it loses the focus takes it now, so that it is an edit of
+// its own, which undo takes back and redo brings again.
 void MainWindow::finishTyping()
 {
     QWidget *field = QApplication::focusWidget();

@@ -25,7 +25,8 @@ void RenderJob::work()
     emit progressed();
 }
 
-// To draw a large picture takes as long as many frames, and a slow disk has as much time as it likes.
+// To draw a large picture takes as long as many frames, and a slow disk has as much time as it
+// likes.
 void RenderJob::startWriting()
 {
     m_timer.stop();

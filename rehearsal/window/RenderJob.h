@@ -8,9 +8,9 @@
 
 namespace rehearsal {
 
-/// Plays in short slices between other events and writes in a thread of its own, so that the program
-/// goes on meanwhile. Deleting it cancels: every regular file stays as it was. Once it is writing,
-/// deleting it waits until the files are in their places.
+/// Plays in short slices between other events and writes in a thread of its own, so that the
+/// program goes on meanwhile. Deleting it cancels: every regular file stays as it was. Once it is
+/// writing, deleting it waits until the files are in their places.
 class RenderJob final : public QObject
 {
     Q_OBJECT

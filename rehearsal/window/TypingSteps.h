@@ -9,8 +9,8 @@ namespace rehearsal {
 class ShowDocument;
 
 /// Makes what is typed into one field in one go one step to undo: letter follows letter within a
-/// second. Any other key, and any click, ends it; all that comes of that is one step, what is done in
-/// the dialogs that it opens included. A key that is held down is one key.
+/// second. Any other key, and any click, ends it; all that comes of that is one step, what is done
+/// in the dialogs that it opens included. A key that is held down is one key.
 class TypingSteps final : public QObject
 {
     Q_OBJECT

@@ -10,8 +10,8 @@ class QMenuBar;
 
 namespace rehearsal {
 
-/// Everything that the window can be told to do, with texts, icons and shortcuts, and the menus that
-/// hold all of it. The actions belong to the window.
+/// Everything that the window can be told to do, with texts, icons and shortcuts, and the menus
+/// that hold all of it. The actions belong to the window.
 struct WindowActions
 {
     /// Makes the actions and fills the window's menu bar.

@@ -7,8 +7,8 @@
 namespace {
 
 /// The time panel without a meta effect around it, and what it notes in the journal of EditsAlone;
-/// "focus m_x" besides, for a widget that gets the focus. Children 1 to 4 are there, of which 3 and 1
-/// are selected, in this order. Both choosers offer child 2 and child 4.
+/// "focus m_x" besides, for a widget that gets the focus. Children 1 to 4 are there, of which 3 and
+/// 1 are selected, in this order. Both choosers offer child 2 and child 4.
 class PanelAlone
 {
 public:

@@ -156,8 +156,8 @@ void tst_TimePanelSteps::timeIsCutToTheDigitsShownOnlyWhenItsTextChanges()
     QCOMPARE(scene.take(), QStringList());
 }
 
-// Each group is enabled only when it is filled. The end's End button is the exception that moves the
-// focus at once, because it moves it into the group of the start.
+// Each group is enabled only when it is filled. The end's End button is the exception that moves
+// the focus at once, because it moves it into the group of the start.
 void tst_TimePanelSteps::linkSideLeavesTheFocusWhileItsFieldIsDisabled_data()
 {
     QTest::addColumn<QString>("rules");

@@ -21,8 +21,8 @@ std::size_t allocations = 0;
 } // namespace
 
 #ifdef COUNTS_ALLOCATIONS
-// The program's own malloc and its relatives, which every library of the process then calls, operator
-// new included: they count, and hand on to the system's.
+// The program's own malloc and its relatives, which every library of the process then calls,
+// operator new included: they count, and hand on to the system's.
 extern "C" {
 
 void *systemMalloc(std::size_t size) __asm__("__libc_malloc");

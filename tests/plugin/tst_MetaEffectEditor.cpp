@@ -22,8 +22,8 @@ struct Deaths
     QStringList died;
 };
 
-/// Children 1 to 4, each of which ends at as many seconds as its eid says, and some of them selected
-/// at once. Neither the table nor the menu of an open editor lets a user do that.
+/// Children 1 to 4, each of which ends at as many seconds as its eid says, and some of them
+/// selected at once. Neither the table nor the menu of an open editor lets a user do that.
 class SeveralSelected : public Deaths, public EditorStage
 {
 public:

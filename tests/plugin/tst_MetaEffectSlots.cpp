@@ -13,8 +13,8 @@
 namespace {
 
 #ifdef __GXX_ABI_VERSION
-/// How many entries of its class's virtual table stand before a virtual operation's, as this compiler
-/// keeps a pointer to it.
+/// How many entries of its class's virtual table stand before a virtual operation's, as this
+/// compiler keeps a pointer to it.
 template<typename Operation>
 std::ptrdiff_t tablePlace(Operation operation)
 {

@@ -165,8 +165,8 @@ quint32 lengthOf(const QByteArray &text)
     return Player(show->map(), show->effects()).length();
 }
 
-/// What the lights show at these places, which ascend, when the show is simply played from its start
-/// in steps; at a place there is a frame in any case.
+/// What the lights show at these places, which ascend, when the show is simply played from its
+/// start in steps; at a place there is a frame in any case.
 std::vector<Levels> plainRun(const QByteArray &text, const QList<quint32> &places, quint32 stepMs)
 {
     const std::unique_ptr<Show> show = showFrom(text);

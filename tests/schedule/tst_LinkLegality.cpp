@@ -524,8 +524,8 @@ void tst_LinkLegality::aSeriesOfRefusalsCostsInProportionToTheChildren_data()
     QTest::newRow("the longest walk last") << false;
 }
 
-// A single walk along the whole chain is the measure: the series must cost a few of those, whereas a
-// walk for each child would cost thousands.
+// A single walk along the whole chain is the measure: the series must cost a few of those, whereas
+// a walk for each child would cost thousands.
 void tst_LinkLegality::aSeriesOfRefusalsCostsInProportionToTheChildren()
 {
     QFETCH(const bool, longestFirst);

@@ -27,8 +27,8 @@ public:
     void typeIntoCell(int row, int column, const QString &text) const;
     /// Marks all the text of the field and types over it, key by key.
     static void typeInto(QLineEdit &field, const QString &text);
-    /// The next group picker that opens gets the group of that name picked, or is cancelled when the
-    /// name is empty.
+    /// The next group picker that opens gets the group of that name picked, or is cancelled when
+    /// the name is empty.
     static void answerPicker(const QString &group);
 
     /// The eids of the selected children, in order, as copying tells them.

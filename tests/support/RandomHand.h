@@ -20,9 +20,9 @@ public:
     /// Does something and tells what.
     QString act(const FormUser &user);
 
-    /// Whether children may have other times than their rules say after the last act, until the next
-    /// pass: what was linked to a deleted child keeps its times, and a nested effect that loses a
-    /// child begins at 0.
+    /// Whether children may have other times than their rules say after the last act, until the
+    /// next pass: what was linked to a deleted child keeps its times, and a nested effect that
+    /// loses a child begins at 0.
     bool leavesTimes() const { return m_leavesTimes; }
 
 private:

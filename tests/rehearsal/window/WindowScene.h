@@ -33,8 +33,8 @@ QByteArray twoEffectsShow();
 /// Every property that is not "0", an effect's in the order of their keys. What is not there counts
 /// as "0".
 QByteArray contentOf(const QByteArray &showText);
-/// The lines in which contents differ, those of the first marked by "-", of the second by "+"; empty
-/// where they are the same.
+/// The lines in which contents differ, those of the first marked by "-", of the second by "+";
+/// empty where they are the same.
 QString difference(const QByteArray &before, const QByteArray &after);
 
 /// The window on a show of its own, seen and active, and a user at it.
