@@ -9,11 +9,10 @@
 #include <QFileInfo>
 #include <QLockFile>
 #include <QStandardPaths>
+#include <QSysInfo>
 #include <QUuid>
 
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
 #include <utility>
 
 namespace rehearsal {
@@ -31,12 +30,24 @@ std::unique_ptr<QLockFile> lockOf(const QString &autosaveFile)
     return lock;
 }
 
+/// Whether a lock tells of no process of this machine, as one does whose owner died while it wrote
+/// it, or on another machine. It can be removed if its owner is dead.
+bool isOfNobodyHere(const QLockFile &lock)
+{
+    qint64 process = 0;
+    QString host;
+    QString program;
+    return !lock.getLockInfo(&process, &host, &program) || host != QSysInfo::machineHostName();
+}
+
 /// The lock, held. Null where a living program has it, which is told, or where nothing can be
 /// written.
 std::unique_ptr<QLockFile> heldLockOf(const QString &autosaveFile, bool *isTaken)
 {
     std::unique_ptr<QLockFile> lock = lockOf(autosaveFile);
-    const bool isHeld = lock->tryLock();
+    const bool isHeld = lock->tryLock()
+                        || (lock->error() == QLockFile::LockFailedError && isOfNobodyHere(*lock)
+                            && lock->removeStaleLockFile() && lock->tryLock());
     *isTaken = !isHeld && lock->error() == QLockFile::LockFailedError;
     if (!isHeld)
         lock.reset();
@@ -58,12 +69,12 @@ QString truePath(const QString &file)
     return canonical.isEmpty() ? info.absoluteFilePath() : canonical;
 }
 
-/// What is left there by the dead; `text` is what it would replace.
+/// What is left there, by the dead if it is left at all; `text` is what it would replace.
 std::optional<Recovery> leftAt(const QString &autosaveFile, const QString &showFile,
                                const std::optional<QByteArray> &text)
 {
     const QFileInfo info(autosaveFile);
-    if (!info.isFile() || isOfTheLiving(autosaveFile))
+    if (!info.isFile())
         return {};
     FileFault unasked;
     const std::optional<QByteArray> left = readWholeFile(autosaveFile, &unasked);
@@ -90,33 +101,43 @@ QStringList remainsAt(const QString &place)
     return files;
 }
 
-bool isKeptAside(const QString &place)
+bool isKeptAside(const QString &place, const QByteArray &text)
 {
     FileFault unasked;
-    const std::optional<QByteArray> text = readWholeFile(place, &unasked);
     const QStringList aside = remainsAt(place).sliced(1);
-    return text && std::any_of(aside.begin(), aside.end(), [&](const QString &file) {
-               return readWholeFile(file, &unasked) == text;
-           });
+    return std::any_of(aside.begin(), aside.end(),
+                       [&](const QString &file) { return readWholeFile(file, &unasked) == text; });
+}
+
+/// The name before it was put aside, if it was.
+QString firstNameOf(const QString &autosaveFile)
+{
+    return autosaveFile.endsWith(suffix) ? autosaveFile
+                                         : autosaveFile.left(autosaveFile.lastIndexOf(u'.'));
 }
 
 /// Keeps what is at a place under another name as well, once, so that the place may be overwritten.
 /// It is there under one name or the other at any moment. For the place's owner alone.
 bool keepAside(const QString &place, FileFault *fault)
 {
-    if (!QFileInfo(place).isFile() || isKeptAside(place))
+    const QFileInfo left(place);
+    if (!left.isFile())
+        return true;
+    const std::optional<QByteArray> text = readWholeFile(place, fault);
+    if (!text)
+        return false;
+    if (isKeptAside(place, *text))
         return true;
     const auto asideOf = [&place](int number) { return place + u'.' + QString::number(number); };
     int number = 1;
     while (QFile::exists(asideOf(number)) || isOfTheLiving(asideOf(number)))
         ++number;
-    std::error_code fails; // as links do on some disks
-    std::filesystem::create_hard_link(QFileInfo(place).filesystemFilePath(),
-                                      QFileInfo(asideOf(number)).filesystemFilePath(), fails);
-    if (!fails || QFile::copy(place, asideOf(number)))
-        return true;
-    *fault = {place, 0, Autosave::tr("what was left there cannot be kept under another name")};
-    return false;
+    if (!saveText(*text, asideOf(number), fault))
+        return false;
+    QFile aside(asideOf(number));
+    if (aside.open(QIODevice::Append))
+        aside.setFileTime(left.lastModified(), QFileDevice::FileModificationTime);
+    return true;
 }
 
 bool isNewer(const Recovery &a, const Recovery &b)
@@ -172,21 +193,34 @@ void Autosave::attach()
         claim();
 }
 
+// Where another program's autosave would be; so that it learns that this one has the show.
+void Autosave::holdFirstPlace()
+{
+    if (m_showFile.isEmpty() || m_places.first() == m_autosaveFile)
+        return;
+    bool isTaken = false;
+    if (std::unique_ptr<QLockFile> lock = lockPlace(m_places.first(), &isTaken))
+        m_otherLocks[m_places.first()] = std::move(lock);
+}
+
 // What was put aside gets its first name again if nobody has that.
 void Autosave::takeRecovered()
 {
     m_autosaveFile = m_recovered.autosaveFile;
     m_lock = std::move(m_recovered.lock);
     m_writtenText = m_recovered.text;
-    if (m_autosaveFile.endsWith(suffix))
-        return;
-    const QString place = m_autosaveFile.left(m_autosaveFile.lastIndexOf(u'.'));
+    removeCopies(m_autosaveFile, m_writtenText);
+    const QString place = firstNameOf(m_autosaveFile);
     bool isTaken = false;
-    std::unique_ptr<QLockFile> lock = heldLockOf(place, &isTaken);
-    if (!lock || QFile::exists(place) || !QFile::rename(m_autosaveFile, place))
-        return;
-    m_autosaveFile = place;
-    m_lock = std::move(lock);
+    std::unique_ptr<QLockFile> lock;
+    if (place != m_autosaveFile)
+        lock = heldLockOf(place, &isTaken);
+    if (lock && !QFile::exists(place) && QFile::rename(m_autosaveFile, place)) {
+        m_autosaveFile = place;
+        m_lock = std::move(lock);
+    }
+    lock.reset();
+    holdFirstPlace();
 }
 
 void Autosave::release()
@@ -194,6 +228,7 @@ void Autosave::release()
     removeOwn();
     tellWorking();
     m_lock.reset();
+    m_otherLocks.clear();
     m_autosaveFile.clear();
     m_isUnavailable = false;
     m_hasFailed = false;
@@ -247,13 +282,16 @@ bool Autosave::writeElsewhere(const QByteArray &text)
         bool isTaken = false;
         if (place == m_autosaveFile)
             continue;
-        std::unique_ptr<QLockFile> lock = lockPlace(place, &isTaken);
+        std::unique_ptr<QLockFile> &lock = m_otherLocks[place];
+        if (!lock)
+            lock = lockPlace(place, &isTaken);
         FileFault unasked;
         if (!lock || !keepAside(place, &unasked) || !saveText(text, place, &unasked))
             continue;
         removeOwn();
+        std::swap(m_lock, lock);
+        m_otherLocks[m_autosaveFile] = std::move(lock);
         m_autosaveFile = place;
-        m_lock = std::move(lock);
         return true;
     }
     return false;
@@ -336,6 +374,8 @@ std::optional<Recovery> Autosave::recoverable(const QString &file) const
     for (const QString &place : places) {
         const QStringList remains = remainsAt(place);
         for (const QString &left : remains) {
+            if (!isOwnRemains(left) && isOfTheLiving(left))
+                continue;
             const std::optional<Recovery> found = leftAt(left, showFile, text);
             if (found && (!newest || isNewer(*found, *newest)))
                 newest = found;
@@ -350,7 +390,10 @@ QList<Recovery> Autosave::untitledRecoverable() const
     const QStringList names =
         QDir(m_dataFolder).entryList({untitledPrefix + u'*' + suffix}, QDir::Files);
     for (const QString &name : names) {
-        if (const auto found = leftAt(m_dataFolder + u'/' + name, QString(), {}))
+        const QString left = m_dataFolder + u'/' + name;
+        if (isOfTheLiving(left))
+            continue;
+        if (const auto found = leftAt(left, QString(), {}))
             recoveries.append(*found);
     }
     std::sort(recoveries.begin(), recoveries.end(), isNewer);
@@ -360,29 +403,56 @@ QList<Recovery> Autosave::untitledRecoverable() const
 bool Autosave::recover(const Recovery &recovery, FileFault *fault)
 {
     bool isTaken = false;
-    std::unique_ptr<QLockFile> lock = heldLockOf(recovery.autosaveFile, &isTaken);
+    const bool isOwn = isOwnRemains(recovery.autosaveFile);
+    std::unique_ptr<QLockFile> lock =
+        isOwn ? std::move(m_lock) : heldLockOf(recovery.autosaveFile, &isTaken);
     if (isTaken) {
         *fault = {recovery.autosaveFile, 0, tr("another program has it now")};
         return false;
     }
     const std::optional<QByteArray> text = readWholeFile(recovery.autosaveFile, fault);
-    if (!text)
-        return false;
-    m_recovered = {recovery.autosaveFile, *text, std::move(lock)};
+    m_recovered = {recovery.autosaveFile, text.value_or(QByteArray()), std::move(lock)};
     const bool isOpened =
-        m_document.openText(*text, recovery.autosaveFile, recovery.showFile, fault);
+        text && m_document.openText(*text, recovery.autosaveFile, recovery.showFile, fault);
+    if (isOwn && !isOpened)
+        m_lock = std::move(m_recovered.lock);
     m_recovered = {};
     return isOpened;
 }
 
 void Autosave::discard(const Recovery &recovery)
 {
-    // The document's own place, where it has written nothing yet.
-    const bool isOurs = recovery.autosaveFile == m_autosaveFile && m_writtenText.isNull();
     bool isTaken = false;
     const std::unique_ptr<QLockFile> lock = heldLockOf(recovery.autosaveFile, &isTaken);
-    if (!isTaken || isOurs)
-        QFile::remove(recovery.autosaveFile);
+    if (isTaken && !isOwnRemains(recovery.autosaveFile))
+        return;
+    // Meanwhile a program may have recovered it, have written something else there, and be dead.
+    if (QFileInfo(recovery.autosaveFile).lastModified() != recovery.written)
+        return;
+    FileFault unasked;
+    const std::optional<QByteArray> text = readWholeFile(recovery.autosaveFile, &unasked);
+    if (QFile::remove(recovery.autosaveFile) && text)
+        removeCopies(recovery.autosaveFile, *text);
+}
+
+// What is the same text as what was recovered or discarded is not to be offered again.
+void Autosave::removeCopies(const QString &autosaveFile, const QByteArray &text) const
+{
+    const QStringList remains = remainsAt(firstNameOf(autosaveFile));
+    for (const QString &file : remains) {
+        bool isTaken = false;
+        if (file == autosaveFile)
+            continue;
+        const std::unique_ptr<QLockFile> lock = heldLockOf(file, &isTaken);
+        FileFault unasked;
+        if ((lock || isOwnRemains(file)) && readWholeFile(file, &unasked) == text)
+            QFile::remove(file);
+    }
+}
+
+bool Autosave::isOwnRemains(const QString &autosaveFile) const
+{
+    return autosaveFile == m_autosaveFile && m_writtenText.isNull();
 }
 
 } // namespace rehearsal

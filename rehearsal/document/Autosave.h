@@ -7,6 +7,7 @@
 #include <QTimer>
 
 #include <chrono>
+#include <map>
 #include <memory>
 #include <optional>
 
@@ -66,7 +67,8 @@ public:
     /// closed. False and a fault when it cannot be opened, or a living program has it by now: then
     /// the document is left alone.
     bool recover(const Recovery &recovery, FileFault *fault);
-    /// Deletes it, unless a living program or the document has it for its own autosave by now.
+    /// Deletes it, unless a living program or the document has it for its own autosave by now, or
+    /// something else has been written there.
     void discard(const Recovery &recovery);
 
 signals:
@@ -88,6 +90,7 @@ private:
 
     void attach();
     void takeRecovered();
+    void holdFirstPlace();
     void release();
     void removeOwn();
     bool write(const QByteArray &text, FileFault *fault) const;
@@ -98,6 +101,9 @@ private:
     void tellUnavailable(const QString &reason);
     QStringList placesOf(const QString &file) const;
     QString placeInDataFolder(const QString &file) const;
+    void removeCopies(const QString &autosaveFile, const QByteArray &text) const;
+    /// Whether it is what the dead left at the document's own place, where nothing is written yet.
+    bool isOwnRemains(const QString &autosaveFile) const;
 
     ShowDocument &m_document;
     QString m_dataFolder;
@@ -107,8 +113,9 @@ private:
     QStringList m_places;              ///< where the autosave may be, the best first
     QString m_autosaveFile;            ///< empty while there is no place
     std::unique_ptr<QLockFile> m_lock; ///< null while there is no place
-    QByteArray m_writtenText;          ///< null while no autosave of this document is on disk
-    Recovered m_recovered;             ///< while it is being opened
+    std::map<QString, std::unique_ptr<QLockFile>> m_otherLocks; ///< of places that are not in use
+    QByteArray m_writtenText; ///< null while no autosave of this document is on disk
+    Recovered m_recovered;    ///< while it is being opened
     bool m_isUnavailable = false;
     bool m_hasFailed = false;
     bool m_hasTold = false; ///< that it does not work

@@ -226,10 +226,18 @@ private slots:
     void remainsThatComeLaterAreKeptToo();
     void remainsAreKeptOnceHoweverOftenWritingFails();
     void remainsThatAreOlderThanTheFileAreTold();
+    void remainsKeepTheirTimeUnderAnotherName();
+    void remainsLeftForLaterAreOfferedAgain();
+    void unreadableRemainsLeftForLaterStayTheDocumentsPlace();
+    void copiesOfWhatIsDiscardedGoToo();
+    void copiesOfWhatIsRecoveredGoToo();
+    void nothingNewerIsDiscarded();
 
     void secondProgramHasNoAutosave();
     void anotherDocumentWithoutAutosaveIsToldAgain();
     void lockOfALivingProgramHoldsHoweverOld();
+    void lockOfNobodyHereIsVoid_data();
+    void lockOfNobodyHereIsVoid();
     void autosaveOfALivingProgramIsNotRecoverable();
     void secondProgramGetsThePlaceWhenTheFirstCloses();
     void secondProgramKeepsTheRemainsOfTheFirst();
@@ -239,6 +247,7 @@ private slots:
     void placeBesideTheFileThatCannotBeWrittenIsReplaced();
     void autosaveInTheDataFolderIsRecoverable();
     void placeBesideTheFileThatFailsLaterIsReplaced();
+    void showStaysTakenWhereverItsAutosaveIs();
     void noPlaceAtAllIsToldOnce();
     void failureIsToldOnceUntilItWorksAgain();
 };
@@ -724,6 +733,88 @@ void tst_Autosave::remainsThatAreOlderThanTheFileAreTold()
     QVERIFY(Program(folders).autosave.recoverable(folders.file)->isOlder);
 }
 
+void tst_Autosave::remainsKeepTheirTimeUnderAnotherName()
+{
+    const Folders folders;
+    leaveBehind(folders, QStringLiteral("5"));
+    const QDateTime written = QFileInfo(folders.autosaveFile).lastModified();
+    QTest::qSleep(20);
+    leaveBehind(folders, QStringLiteral("6"));
+    QCOMPARE(QFileInfo(folders.autosaveFile + QStringLiteral(".1")).lastModified(), written);
+}
+
+void tst_Autosave::remainsLeftForLaterAreOfferedAgain()
+{
+    const Folders folders;
+    leaveBehind(folders, QStringLiteral("5"));
+    Program program(folders, folders.file);
+    const std::optional<Recovery> recovery = program.autosave.recoverable(folders.file);
+    QVERIFY(recovery);
+    QVERIFY(program.autosave.recover(*recovery, &program.fault));
+    QCOMPARE(numberIn(program.document.text()), 5);
+    QVERIFY(!Program(folders).autosave.recoverable(folders.file)); // it is this program's
+    program.editAndSave(QStringLiteral("6"));
+    QCOMPARE(folders.besideTheShow().size(), 3); // with the autosave and its lock
+    QVERIFY(!program.autosave.recoverable(folders.file));
+}
+
+void tst_Autosave::unreadableRemainsLeftForLaterStayTheDocumentsPlace()
+{
+    const Folders folders;
+    QVERIFY(write(folders.autosaveFile, "no show"));
+    Program program(folders, folders.file);
+    const std::optional<Recovery> recovery = program.autosave.recoverable(folders.file);
+    QVERIFY(recovery);
+    QVERIFY(!program.autosave.recover(*recovery, &program.fault));
+    Program other(folders, folders.file);
+    QCoreApplication::processEvents();
+    QCOMPARE(other.unavailable.count(), 1);
+    program.editAndSave(QStringLiteral("6"));
+    QCOMPARE(numberIn(contentOf(folders.autosaveFile)), 6);
+}
+
+void tst_Autosave::copiesOfWhatIsDiscardedGoToo()
+{
+    const Folders folders;
+    QVERIFY(write(folders.autosaveFile + QStringLiteral(".4"), "something else"));
+    QTest::qSleep(20);
+    leaveBehind(folders, QStringLiteral("5"));
+    QVERIFY(QFile::copy(folders.autosaveFile, folders.autosaveFile + QStringLiteral(".3")));
+    Program program(folders);
+    const Recovery recovery = *program.autosave.recoverable(folders.file);
+    program.open(folders.file);
+    program.autosave.discard(recovery);
+    program.autosave.close();
+    QCOMPARE(folders.besideTheShow(), onlyTheShow + QStringList{"a.show.autosave.4"});
+}
+
+void tst_Autosave::copiesOfWhatIsRecoveredGoToo()
+{
+    const Folders folders;
+    leaveBehind(folders, QStringLiteral("5"));
+    QVERIFY(QFile::copy(folders.autosaveFile, folders.autosaveFile + QStringLiteral(".3")));
+    Program program(folders);
+    QVERIFY(program.autosave.recover(*program.autosave.recoverable(folders.file), &program.fault));
+    QCOMPARE(numberIn(contentOf(folders.autosaveFile)), 5);
+    program.autosave.close();
+    QCOMPARE(folders.besideTheShow(), onlyTheShow);
+}
+
+// While the user was asked, another program recovered it, went on with it, and died.
+void tst_Autosave::nothingNewerIsDiscarded()
+{
+    const Folders folders;
+    leaveBehind(folders, QStringLiteral("5"));
+    Program asking(folders);
+    const Recovery recovery = *asking.autosave.recoverable(folders.file);
+    QTest::qSleep(20);
+    QVERIFY(QFile::remove(folders.autosaveFile));
+    leaveBehind(folders, QStringLiteral("6"));
+    asking.open(folders.file);
+    asking.autosave.discard(recovery);
+    QCOMPARE(numberIn(contentOf(folders.autosaveFile)), 6);
+}
+
 // --- Two programs ---
 
 void tst_Autosave::secondProgramHasNoAutosave()
@@ -767,6 +858,27 @@ void tst_Autosave::lockOfALivingProgramHoldsHoweverOld()
     Program second(folders, folders.file);
     QTRY_COMPARE(second.unavailable.count(), 1);
     QVERIFY(!second.autosave.recoverable(folders.file));
+}
+
+void tst_Autosave::lockOfNobodyHereIsVoid_data()
+{
+    QTest::addColumn<QByteArray>("lock");
+    QTest::newRow("cut off when it was written") << QByteArray("");
+    QTest::newRow("of another machine") << QByteArray("1\nrehearsal\nsome other host\nid\nboot\n");
+}
+
+void tst_Autosave::lockOfNobodyHereIsVoid()
+{
+    QFETCH(QByteArray, lock);
+    const Folders folders;
+    leaveBehind(folders, QStringLiteral("5"));
+    QVERIFY(write(folders.autosaveFile + QStringLiteral(".lock"), lock));
+    QVERIFY(Program(folders).autosave.recoverable(folders.file));
+
+    QVERIFY(write(folders.autosaveFile + QStringLiteral(".lock"), lock));
+    Program program(folders, folders.file);
+    program.editAndSave(QStringLiteral("6"));
+    QCOMPARE(numberIn(contentOf(folders.autosaveFile)), 6);
 }
 
 void tst_Autosave::autosaveOfALivingProgramIsNotRecoverable()
@@ -905,8 +1017,9 @@ void tst_Autosave::placeBesideTheFileThatFailsLaterIsReplaced()
         program.editAndSave(QStringLiteral("3"));
         QCOMPARE(program.failed.count(), 0);
         QCOMPARE(program.unavailable.count(), 0);
-        QCOMPARE(folders.besideTheShow(), onlyTheShow);
+        QVERIFY(!folders.besideTheShow().contains(QStringLiteral("a.show.autosave")));
     }
+    QCOMPARE(folders.besideTheShow(), onlyTheShow);
     Program program(folders);
     const std::optional<Recovery> recovery = program.autosave.recoverable(folders.file);
     QVERIFY(recovery);
@@ -915,6 +1028,23 @@ void tst_Autosave::placeBesideTheFileThatFailsLaterIsReplaced()
     QVERIFY(program.document.save(&program.fault));
     program.autosave.close();
     QCOMPARE(folders.kept(), QStringList());
+}
+
+void tst_Autosave::showStaysTakenWhereverItsAutosaveIs()
+{
+    const Folders folders;
+    Program program(folders, folders.file);
+    QVERIFY(QFile::link(folders.root.filePath(QStringLiteral("no folder/a")),
+                        folders.autosaveFile)); // through which nothing can be written
+    program.editAndSave(QStringLiteral("1"));
+    QCOMPARE(program.failed.count(), 0);
+    QVERIFY(QFile::remove(folders.autosaveFile));
+
+    Program other(folders, folders.file);
+    other.editAndSave(QStringLiteral("2"));
+    QCoreApplication::processEvents();
+    QCOMPARE(other.unavailable.count(), 1);
+    QVERIFY(!QFile::exists(folders.autosaveFile));
 }
 
 void tst_Autosave::noPlaceAtAllIsToldOnce()
