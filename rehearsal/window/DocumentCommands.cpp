@@ -79,7 +79,7 @@ void DocumentCommands::openAsking(const QString &file)
     if (openAsking(file, &fault))
         return;
     tell(fault);
-    if (!QFileInfo::exists(file))
+    if (!QFileInfo::exists(file) && !m_autosave.recoverable(file))
         m_recentFiles.remove(file);
 }
 

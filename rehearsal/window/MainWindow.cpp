@@ -28,6 +28,7 @@
 #include <QSignalBlocker>
 #include <QStatusBar>
 #include <QStyle>
+#include <QTextDocument>
 #include <QToolButton>
 
 #include <algorithm>
@@ -291,10 +292,16 @@ void MainWindow::finishTyping()
     QCoreApplication::sendEvent(field, &out);
 }
 
+void MainWindow::leaveToRecover()
+{
+    finishTyping();
+    m_autosave.saveNow();
+}
+
 // It stays in sight for as long as it holds.
 void MainWindow::warnOfAutosave(const QString &why)
 {
-    m_autosaveWarning->setToolTip(why.toHtmlEscaped());
+    m_autosaveWarning->setToolTip(Qt::convertFromPlainText(why)); // never taken for markup
     m_autosaveWarning->show();
     statusBar()->showMessage(why);
 }

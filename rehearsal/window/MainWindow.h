@@ -39,7 +39,7 @@ public:
     bool start(const QString &file, FileFault *fault);
 
     /// The program ends without a question: what is not saved is left to be recovered.
-    void leaveToRecover() { m_autosave.saveNow(); }
+    void leaveToRecover();
 
     ShowDocument &document() { return m_document; }
     Playback &playback() { return m_playback; }

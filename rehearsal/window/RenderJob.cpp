@@ -11,8 +11,11 @@ RenderJob::RenderJob(std::unique_ptr<ShowRender> render, QObject *parent)
 
 RenderJob::~RenderJob()
 {
-    if (m_writing)
-        m_writing->wait();
+    if (!m_writing)
+        return;
+    m_writing->wait();
+    if (!m_isWritten && !m_isTold)
+        qWarning("%s", qUtf8Printable(m_fault.message()));
 }
 
 void RenderJob::work()
@@ -32,6 +35,7 @@ void RenderJob::startWriting()
     m_timer.stop();
     m_writing.reset(QThread::create([this] { m_isWritten = m_render->finish(&m_fault); }));
     connect(m_writing.get(), &QThread::finished, this, [this] {
+        m_isTold = true;
         if (m_isWritten)
             emit finished();
         else

@@ -10,7 +10,8 @@ namespace rehearsal {
 
 /// Plays in short slices between other events and writes in a thread of its own, so that the
 /// program goes on meanwhile. Deleting it cancels: every regular file stays as it was. Once it is
-/// writing, deleting it waits until the files are in their places.
+/// writing, deleting it waits until the files are in their places, and warns if they could not be
+/// written.
 class RenderJob final : public QObject
 {
     Q_OBJECT
@@ -39,6 +40,7 @@ private:
     std::unique_ptr<QThread> m_writing; ///< null while it plays
     FileFault m_fault;                  ///< this and the next are the thread's until it ends
     bool m_isWritten = false;
+    bool m_isTold = false;
 };
 
 } // namespace rehearsal

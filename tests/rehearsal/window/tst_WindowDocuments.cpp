@@ -151,6 +151,8 @@ private slots:
 
     void recentFilesAreOffered();
     void missingRecentFileIsToldAndForgotten();
+    void missingRecentFileWithRemainsIsKept();
+    void whatIsBeingTypedIsLeftToRecover();
     void importsASequence();
     void dropsAShow();
     void dropsASequence();
@@ -403,6 +405,7 @@ void tst_WindowDocuments::missingAutosaveStaysInSight()
     rehearsal::FileFault fault;
     QVERIFY(second.start(first.file, &fault));
     QTRY_VERIFY(!warning->isHidden());
+    QVERIFY(Qt::mightBeRichText(warning->toolTip())); // which shows every letter as it is
     QVERIFY(second.document().open(first.write("b.show", twoEffectsShow()), &fault));
     QVERIFY(warning->isHidden());
 }
@@ -684,6 +687,31 @@ void tst_WindowDocuments::missingRecentFileIsToldAndForgotten()
     QCOMPARE(scene.document().file(), scene.file);
     for (const QAction *action : menu.actions())
         QVERIFY(!action->text().contains(QStringLiteral("b.show")));
+}
+
+// The menu is the only way to what a crash left of it.
+void tst_WindowDocuments::missingRecentFileWithRemainsIsKept()
+{
+    WindowScene scene;
+    const QString other = scene.write("b.show", crowdedShow(5));
+    drop(scene, {other});
+    drop(scene, {scene.file});
+    QVERIFY(QFile::rename(other, other + QStringLiteral(".autosave")));
+    auto &menu = scene.part<QMenu>("recentMenu");
+    const BoxUser user({BoxUser::click("laterButton"), BoxUser::press(QMessageBox::Ok)});
+    menu.actions().at(1)->trigger();
+    QTest::qWait(10);
+    QCOMPARE(user.seen, QStringList({"recoverBox", "faultBox"}));
+    QVERIFY(menu.actions().at(1)->text().contains(QStringLiteral("b.show")));
+}
+
+void tst_WindowDocuments::whatIsBeingTypedIsLeftToRecover()
+{
+    WindowScene scene;
+    scene.openCell(scene.form(), 1, meta::NameColumn);
+    scene.type("Dawn");
+    scene.window.leaveToRecover();
+    QVERIFY(WindowScene::read(scene.file + QStringLiteral(".autosave")).contains(">Dawn<"));
 }
 
 void tst_WindowDocuments::importsASequence()
