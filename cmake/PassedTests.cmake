@@ -51,7 +51,10 @@ execute_process(COMMAND ctest --show-only=json-v1 WORKING_DIRECTORY "${BUILD}"
 
 file(STRINGS "${BUILD}/CMakeCache.txt" sequences REGEX "^META_SHARED_DATA:")
 string(REGEX REPLACE "^[^=]*=" "" sequences "${sequences}")
-file(GLOB_RECURSE data LIST_DIRECTORIES FALSE "${ROOT}/*" "${sequences}/*")
+if(sequences)
+    set(sequences "${sequences}/*")
+endif()
+file(GLOB_RECURSE data LIST_DIRECTORIES FALSE "${ROOT}/*" ${sequences})
 list(APPEND data /var/lib/dpkg/status) # installed packages
 escape(root "${ROOT}")
 list(FILTER data EXCLUDE REGEX "^${root}/([.]git|build)/|[.](cpp|h|mm|md)$")

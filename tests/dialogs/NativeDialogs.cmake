@@ -8,7 +8,7 @@ function(meta_find_appkit reason)
         return()
     endif()
 
-    foreach(program g++ gnustep-config Xvfb xdotool)
+    foreach(program g++ gnustep-config make Xvfb xdotool)
         string(MAKE_C_IDENTIFIER "META_${program}" variable)
         find_program(${variable} ${program})
         mark_as_advanced(${variable})
