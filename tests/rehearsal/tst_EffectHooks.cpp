@@ -181,6 +181,7 @@ private slots:
     void framesAreNotReported();
     void otherChangesInFramesAreReported_data();
     void otherChangesInFramesAreReported();
+    void definitionThatBecomesWhatAFrameWroteIsReported_data();
     void definitionThatBecomesWhatAFrameWroteIsReported();
     void removedWatchHearsNothing();
     void effectWithoutAMapNeedsNoWatch();
@@ -579,16 +580,26 @@ void tst_EffectHooks::otherChangesInFramesAreReported()
              isReported ? QStringList({key + QStringLiteral("=11")}) : QStringList());
 }
 
+void tst_EffectHooks::definitionThatBecomesWhatAFrameWroteIsReported_data()
+{
+    QTest::addColumn<bool>("isTheSameObject");
+    QTest::newRow("another text") << false;
+    QTest::newRow("the very text that the frame wrote") << true;
+}
+
 void tst_EffectHooks::definitionThatBecomesWhatAFrameWroteIsReported()
 {
+    QFETCH(bool, isTheSameObject);
     PlayedShow played(showOf(lender(fading("Solid"))));
     played.frame(0);
     played.frame(500);
     NotingWatch watch(played.show->map());
     Effect *solid = firstNested(*played.show);
-    QCOMPARE(textOf(*solid, QStringLiteral("transparency")), QStringLiteral("0.625"));
+    const QString written = textOf(*solid, QStringLiteral("transparency"));
+    QCOMPARE(written, QStringLiteral("0.625"));
     for (int i = 0; i < 2; ++i)
-        solid->setProperty(QStringLiteral("transparency"), QStringLiteral("0.625"));
+        solid->setProperty(QStringLiteral("transparency"),
+                           isTheSameObject ? written : QStringLiteral("0.625"));
     QCOMPARE(watch.changes, QStringList({"transparency=0.625"}));
 }
 
