@@ -3,6 +3,8 @@
 
 #include <QTest>
 
+#include <cmath>
+
 using rehearsal::RulerTicks;
 
 class tst_TimelineRuler : public QObject
@@ -88,7 +90,8 @@ void tst_TimelineRuler::labelsNeverTouchAndMarksDivideAtAnyZoom()
 {
     for (const double seconds : {14.0, 40.0, 90.0}) {
         const auto width = [seconds](int decimals) { return seconds + 10 * decimals; };
-        for (double scale = 20; scale > 1e-9; scale *= 0.83) {
+        for (int zoom = 0; zoom < 128; ++zoom) {
+            const double scale = 20 * std::pow(0.83, zoom);
             const RulerTicks ticks = RulerTicks::fitting(scale, width);
             QVERIFY(double(ticks.major) * scale >= width(ticks.decimals));
             QVERIFY(double(ticks.minor) * scale >= 6);

@@ -784,7 +784,8 @@ void tst_WindowDocuments::dialogsOpenFromTheMenu()
     Edited scene;
     scene.trigger("renderAction");
     auto *render = scene.window.findChild<QDialog *>(QStringLiteral("RenderDialog"));
-    QVERIFY(render && render->isVisible());
+    QVERIFY(render);
+    QVERIFY(render->isVisible());
     QVERIFY(!render->isModal());
     render->close();
     const BoxUser user({BoxUser::press(QMessageBox::Ok)});
