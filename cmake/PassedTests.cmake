@@ -10,17 +10,19 @@
 # BUILD/passing-tests; once they have passed, the caller renames that to BUILD/passed-tests.
 cmake_minimum_required(VERSION 3.25)
 
-# Sets <result> to what tells this version of the files from every other.
+# Sets <result> to what tells what is in the files now from everything else. Each is read once.
 function(state_of result)
     set(states "")
     foreach(file IN LISTS ARGN)
-        set(time "")
-        set(size "")
-        if(EXISTS "${file}")
-            file(TIMESTAMP "${file}" time "%s.%f" UTC)
-            file(SIZE "${file}" size)
+        get_property(content GLOBAL PROPERTY "content of ${file}")
+        if(NOT content)
+            set(content "none")
+            if(EXISTS "${file}" AND NOT IS_DIRECTORY "${file}")
+                file(SHA1 "${file}" content)
+            endif()
+            set_property(GLOBAL PROPERTY "content of ${file}" "${content}")
         endif()
-        list(APPEND states "${file} ${time} ${size}")
+        list(APPEND states "${file} ${content}")
     endforeach()
     string(SHA1 state "${states}")
     set(${result} "${state}" PARENT_SCOPE)
